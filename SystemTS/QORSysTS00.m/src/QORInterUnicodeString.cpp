@@ -1,0 +1,375 @@
+#include "QORInterUnicodeString.h"
+
+#include "Assertion.h"
+#include "TestHarness.h"
+#include "VELDebugBreak.h"
+#include "VELStringHandle.h"
+#include "VELStringPool.h"
+#include "VELSysCodePage.h"
+#include "VELSysUCAlgorithm.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <new>
+
+using VEL::internal::StringPool;
+using VEL::internal::ThisThreadsStringPool;
+using Block = QORInterUnicodeString::Block;
+using View = QORInterUnicodeString::View;
+
+static_assert(QORInterUnicodeString::HeaderSize - offsetof(QORInterUnicodeString, _refCount) ==
+              VEL::internal::HandleCountOffset);
+
+namespace {
+
+/// Serves as an empty narrow and as an empty UTF-16 text.
+constinit QORInterUnicodeView s_emptyView{0, {0, 0}};
+
+/// What the two representations differ in.
+template <bool IsWide>
+struct Representation;
+
+template <>
+struct Representation<false> {
+    using Unit = char;
+    static constexpr std::uint16_t Flag = 0;
+    static Unit* Text(Block block) { return block->Text(); }
+};
+
+template <>
+struct Representation<true> {
+    using Unit = unsigned short;
+    static constexpr std::uint16_t Flag = QORInterUnicodeString::WideFlag;
+    static Unit* Text(Block block) { return block->Wide(); }
+};
+
+/// A block of one handle; its text is left to the caller, but for the terminator.
+template <bool IsWide>
+inline Block NewBlock(int length) {
+    using Unit = typename Representation<IsWide>::Unit;
+    if (length < 1) {
+        return QORInterUnicodeString::Empty();
+    }
+    const std::size_t size = (static_cast<std::size_t>(length) + 1) * sizeof(Unit) + QORInterUnicodeString::HeaderSize;
+    const std::size_t capacity = (StringPool::GrantedSize(size) - QORInterUnicodeString::HeaderSize) / sizeof(Unit);
+    // A capacity that its field can't hold counts as no memory.
+    if (capacity > INT_MAX) [[unlikely]] {
+        return QORInterUnicodeString::Empty();
+    }
+    const auto block = static_cast<Block>(ThisThreadsStringPool().Take(size));
+    if (block == nullptr) [[unlikely]] {
+        return QORInterUnicodeString::Empty();
+    }
+    // The fields are set one by one: the structure's last bytes are text already, which the caller fills in.
+    new (&block->_secondView) std::atomic<View>(nullptr);
+    block->_length = length;
+    block->_capacity = static_cast<std::int32_t>(capacity);
+    new (&block->_hash) std::atomic<std::uint32_t>(0);
+    new (&block->_refCount) std::atomic<std::int32_t>(1);
+    new (&block->_flags) std::atomic<std::uint16_t>(QORInterUnicodeString::StaleFlag | Representation<IsWide>::Flag);
+    Representation<IsWide>::Text(block)[length] = 0;
+    return block;
+}
+
+/// Fills a new block with the first units of a text, at most `length` of them, and makes that its length.
+template <bool IsWide>
+void CopyInto(Block block, const typename Representation<IsWide>::Unit* text, int count) {
+    std::memcpy(Representation<IsWide>::Text(block), text,
+                static_cast<std::size_t>(count) * sizeof(typename Representation<IsWide>::Unit));
+    block->SetLength(count);
+}
+
+template <bool IsWide>
+Block Ensure(Block block, int length, bool keep, bool grow) {
+    length = std::max(length, 0);
+    const bool fits = block->_capacity > length;
+    if (fits && block->IsAlone()) {
+        if (!keep) {
+            block->_MarkChanged();
+        }
+        return block;
+    }
+    int newLength = length;
+    if (!fits && grow) {
+        const std::int64_t grown = static_cast<std::int64_t>(block->_capacity) * 3 / 2;
+        newLength = static_cast<int>(std::clamp<std::int64_t>(grown, length, INT_MAX));
+    }
+    const Block fresh = NewBlock<IsWide>(newLength);
+    if (keep && !fresh->IsTheEmptyBlock()) {
+        CopyInto<IsWide>(fresh, Representation<IsWide>::Text(block), std::min(block->_length, length));
+    }
+    QORInterUnicodeString::_Release(block);
+    return fresh;
+}
+
+/// A block of the other representation, filled from the second view. Without a view, for want of memory, the text is
+/// lost as it is when the block itself can't be had.
+template <bool IsWide>
+Block Change(Block block, int length, bool keep) {
+    Block fresh = NewBlock<IsWide>(length);
+    if (keep && !fresh->IsTheEmptyBlock()) {
+        const auto source = [&] {
+            if constexpr (IsWide) {
+                return block->_GetUTF16();
+            } else {
+                return block->_GetMBCS();
+            }
+        }();
+        if (source.text != nullptr) {
+            CopyInto<IsWide>(fresh, source.text, std::min(source.length, length));
+        } else {
+            QORInterUnicodeString::_Release(fresh);
+            fresh = QORInterUnicodeString::Empty();
+        }
+    }
+    QORInterUnicodeString::_Release(block);
+    return fresh;
+}
+
+/// The block that now holds `length` units at `text`, which may lie inside the given block.
+template <bool IsWide>
+Block Store(Block block, const typename Representation<IsWide>::Unit* text, int length) {
+    if (block->IsAlone() && block->_capacity > length && block->IsWide() == IsWide) {
+        std::memmove(Representation<IsWide>::Text(block), text,
+                     static_cast<std::size_t>(length) * sizeof(typename Representation<IsWide>::Unit));
+        block->SetLength(length);
+        block->_MarkChanged();
+        return block;
+    }
+    const Block fresh = NewBlock<IsWide>(length);
+    if (!fresh->IsTheEmptyBlock()) {
+        CopyInto<IsWide>(fresh, text, length);
+    }
+    // Last, since the text may be the old block's own.
+    QORInterUnicodeString::_Release(block);
+    return fresh;
+}
+
+} // namespace
+
+constinit QOREmptyBlock VEL::internal::s_emptyBlock{0, {&s_emptyView, 0, 0, 0}};
+
+constinit unsigned short* const VEL::internal::EmptyText = VEL::internal::s_emptyBlock.block._text;
+
+void VEL::internal::ClearEmptyView() {
+    s_emptyView._length = 0;
+    std::memset(s_emptyView._text, 0, sizeof s_emptyView._text);
+}
+
+void VEL::internal::DestroyBlock(char* text) noexcept {
+    const Block block = QORInterUnicodeString::FromText(text);
+    if (block->_secondView.load(std::memory_order_relaxed) != nullptr) {
+        block->_DeleteSecondView();
+    }
+    // Deliberate: the capacity of a wide block counts units, so it goes back as a smaller block than it is.
+    ThisThreadsStringPool().Give(block, static_cast<std::size_t>(block->_capacity) + QORInterUnicodeString::HeaderSize);
+}
+
+Block QORInterUnicodeString::_NewNarrow(int length) {
+    return NewBlock<false>(length);
+}
+
+Block QORInterUnicodeString::_NewWide(int length) {
+    return NewBlock<true>(length);
+}
+
+Block QORInterUnicodeString::_FromBytes(const char* bytes, std::size_t length) {
+    // A length that no block can have counts as no memory.
+    if (bytes == nullptr || length > INT_MAX) {
+        return Empty();
+    }
+    const Block block = NewBlock<false>(static_cast<int>(length));
+    if (!block->IsTheEmptyBlock()) {
+        std::memcpy(block->Text(), bytes, length);
+    }
+    return block;
+}
+
+int QORInterUnicodeString::_Release(Block block) {
+    return VEL::internal::DropHandle(block->Text());
+}
+
+Block QORInterUnicodeString::_SetBytes(Block block, const char* bytes, int length) {
+    std::size_t count = static_cast<std::size_t>(length);
+    if (bytes != nullptr && length < 0) {
+        count = std::strlen(bytes);
+    }
+    if (bytes == nullptr || count > INT_MAX) {
+        _Release(block);
+        return Empty();
+    }
+    return Store<false>(block, bytes, static_cast<int>(count));
+}
+
+Block QORInterUnicodeString::_SetUnits(Block block, const unsigned short* units, int length) {
+    if (units == nullptr || length < 1) {
+        _Release(block);
+        return Empty();
+    }
+    return Store<true>(block, units, length);
+}
+
+Block QORInterUnicodeString::_EnsureNarrow(Block block, int length, bool keep, bool grow) {
+    return Ensure<false>(block, length, keep, grow);
+}
+
+Block QORInterUnicodeString::_EnsureWide(Block block, int length, bool keep, bool grow) {
+    return Ensure<true>(block, length, keep, grow);
+}
+
+Block QORInterUnicodeString::_ToWide(Block block, int length, bool keep) {
+    return Change<true>(block, length, keep);
+}
+
+Block QORInterUnicodeString::_ToNarrow(Block block, int length, bool keep) {
+    return Change<false>(block, length, keep);
+}
+
+void QORInterUnicodeString::SetLength(int length) {
+    _length = length;
+    if (IsWide()) {
+        Wide()[length] = 0;
+    } else {
+        Text()[length] = 0;
+    }
+}
+
+/// Builds a view of `bytes` bytes and makes it the block's, unless another thread was faster.
+template <class Convert>
+View QORInterUnicodeString::_PublishView(std::size_t bytes, const Convert& convert) const {
+    StringPool& pool = ThisThreadsStringPool();
+    const auto view = static_cast<View>(pool.Take(bytes));
+    if (view == nullptr) {
+        VELDebugBreak(1);
+        return nullptr;
+    }
+    convert(view);
+    View published = nullptr;
+    // Release: whoever sees the pointer sees the text. Acquire: the other thread's text, when it was faster.
+    if (_secondView.compare_exchange_strong(published, view, std::memory_order_acq_rel, std::memory_order_acquire)) {
+        return view;
+    }
+    pool.Give(view, StringPool::GrantedSize(bytes));
+    return published;
+}
+
+View QORInterUnicodeString::_GetUTF16View() const {
+    if (const View view = _secondView.load(std::memory_order_acquire)) {
+        return view;
+    }
+    const std::size_t room = static_cast<std::size_t>(_length) + 1;
+    return _PublishView(room * sizeof(unsigned short) + QORInterUnicodeView::HeaderSize, [this, room](View view) {
+        // The converter's way of working in a room makes a unit of each damaged byte at the end, too.
+        const char* next = Text();
+        auto left = static_cast<unsigned long>(_length);
+        view->_length = VELSysCodePage::GetEnvConverter().ConvertMBCSToUTF16(next, left, view->UTF16(), room);
+        view->UTF16()[view->_length] = 0;
+    });
+}
+
+View QORInterUnicodeString::_GetMBCSView() const {
+    if (const View view = _secondView.load(std::memory_order_acquire)) {
+        return view;
+    }
+    const VELSysCodePage& converter = VELSysCodePage::GetEnvConverter();
+    // The longest character is no bound by itself: while no language table is configured it is 1 whatever the code
+    // page is. What the converter really asks of its callers is 4 bytes per unit.
+    constexpr int ConvertersDemand = 4;
+    const auto bytesPerUnit = static_cast<std::size_t>(std::max(converter.GetMaxCharSize(), ConvertersDemand));
+    const std::size_t room = static_cast<std::size_t>(_length) * bytesPerUnit + 1;
+    return _PublishView(room + QORInterUnicodeView::HeaderSize, [&](View view) {
+        int written = 0;
+        converter.ConvertUTF16ToMBCS(Wide(), _length, view->Narrow(), &written);
+        view->Narrow()[written] = 0;
+        view->_length = written;
+    });
+}
+
+void QORInterUnicodeString::_DeleteSecondView() const {
+    if (IsTheEmptyBlock()) {
+        return;
+    }
+    if (!IsAlone()) {
+        // A reader on another thread may hold a pointer into the view: a small leak is better than a dangling pointer.
+        // The test harness wants to know, also in a build without assertions.
+        if (VEL::internal::IsInRTX()) {
+            VEL::internal::FailAssertion("!IsInRTX()", __FILE__, __LINE__, __PRETTY_FUNCTION__);
+        }
+        _secondView.store(nullptr, std::memory_order_relaxed);
+    }
+    if (const View view = _secondView.load(std::memory_order_acquire)) {
+        // Deliberately not through the pool, whose buckets stay those of blocks.
+        std::free(view);
+        _secondView.store(nullptr, std::memory_order_relaxed);
+    }
+}
+
+void QORInterUnicodeString::_MarkChanged() {
+    if (IsTheEmptyBlock()) {
+        return;
+    }
+    if (_secondView.load(std::memory_order_relaxed) != nullptr) {
+        _DeleteSecondView();
+    }
+    std::uint16_t flags = _flags.load(std::memory_order_relaxed);
+    while ((flags & StaleFlag) == 0 && !_flags.compare_exchange_weak(flags, flags | StaleFlag)) {
+    }
+}
+
+std::uint32_t QORInterUnicodeString::_GetHash() const {
+    // Acquire: with the bit clear, the hash stored before it was cleared is the one read.
+    std::uint16_t flags = _flags.load(std::memory_order_acquire);
+    if ((flags & StaleFlag) == 0) {
+        return _hash.load(std::memory_order_relaxed);
+    }
+    const auto length = static_cast<unsigned long>(_length);
+    std::uint32_t hash;
+    if ((flags & WideFlag) != 0) {
+        hash = VELSysUCAlgorithm::HashV3FromUCS2(Wide(), length, 0);
+    } else if (VELSysCodePage::GetEnvConverter().IsUTF8()) {
+        hash = VELSysUCAlgorithm::HashV3FromUTF8(Text(), length, 0);
+    } else {
+        hash = VELSysUCAlgorithm::HashV3FromMBCSOptimistic(Text(), length, 0, nullptr);
+    }
+    hash &= 0x7FFFFFFFu;
+    _hash.store(hash, std::memory_order_relaxed);
+    // Sequentially consistent, which is the full fence between the two stores.
+    while ((flags & StaleFlag) != 0 &&
+           !_flags.compare_exchange_weak(flags, static_cast<std::uint16_t>(flags & ~StaleFlag))) {
+    }
+    return hash;
+}
+
+QORInterUnicodeString::UTF16Range QORInterUnicodeString::_GetUTF16() const {
+    if (IsWide()) {
+        return {Wide(), _length};
+    }
+    const View view = _GetUTF16View();
+    return view != nullptr ? UTF16Range{view->UTF16(), view->_length} : UTF16Range{nullptr, 0};
+}
+
+QORInterUnicodeString::MBCSRange QORInterUnicodeString::_GetMBCS() const {
+    if (!IsWide()) {
+        return {Text(), _length};
+    }
+    const View view = _GetMBCSView();
+    return view != nullptr ? MBCSRange{view->Narrow(), view->_length} : MBCSRange{nullptr, 0};
+}
+
+const unsigned short* QORInterUnicodeString::_GetUTF16Text() const {
+    return _GetUTF16().text;
+}
+
+int QORInterUnicodeString::_GetUTF16Length() const {
+    // Of a narrow block without text no view is built.
+    return _length != 0 ? _GetUTF16().length : 0;
+}
+
+const char* QORInterUnicodeString::_GetMBCSText() const {
+    return _GetMBCS().text;
+}
+
+int QORInterUnicodeString::_GetMBCSLength() const {
+    return _GetMBCS().length;
+}

@@ -1,0 +1,57 @@
+// Language core, argument store, watchdog, trace manager, application context, converter registry and stack traces,
+// for as long as none of them is there: each answers as it does while nothing is configured. Whoever brings one takes
+// its lines away.
+
+#include "UpwardCalls.h"
+
+#include "VELSysNLSCore.h"
+#include "VELSysStatus.h"
+
+#include <cstdio>
+
+int InitNLSCore(const char*, bool) {
+    return VEL::StatusOk;
+}
+
+int DeInitNLSCore(int) {
+    return VEL::StatusOk;
+}
+
+int GetEnvNLSData(VELSysNLSEnv* env) {
+    if (env == nullptr) {
+        return VEL::StatusBadArgument;
+    }
+    *env = {};
+    std::snprintf(env->codePage, sizeof env->codePage, "UTF-8");
+    return VEL::StatusOk;
+}
+
+int RegisterNLSChangeHook(void (*hook)(const VELSysNLSEnv&)) {
+    return hook != nullptr ? VEL::StatusOk : VEL::StatusBadArgument;
+}
+
+long VELGetMultiByteCharMaxSize() {
+    return 1;
+}
+
+int VELSysTSSetArg(int, char**) {
+    return VEL::StatusOk;
+}
+
+int VELSysWatchDogInitialize(int, const char**, const char**, int) {
+    return 0;
+}
+
+void VELSysWatchDogFinalize() {}
+
+int VELSysTraceCreateManager(const char*, int*) {
+    return 0;
+}
+
+void VELSysTraceDestroyManager() {}
+
+void VEL::internal::EnsureMainContext() {}
+
+void VEL::internal::DeinitIConvTS(int) {}
+
+void VEL::internal::PrintStackTrace() {}

@@ -1,0 +1,260 @@
+#include "QORSysSimpleHashTable.h"
+
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+
+namespace {
+
+constexpr int MinimumBuckets = 11;
+/// Below this size the constructor gives up asking for less.
+constexpr int SmallestHalvedSize = 42;
+/// A table with fewer elements than this never shrinks.
+constexpr int SmallestShrinkingCount = 12;
+constexpr int WordsPerBucket = 3;
+
+} // namespace
+
+unsigned int QORSimpleHashIt(void* p) {
+    return static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(p) >> 3);
+}
+
+int QORSimpleHashCompare(void* a, void* b) {
+    return a == b ? 1 : 0;
+}
+
+int QORSysSimpleHashTable::UpToNiceModulo(int n) {
+    constexpr int divisors[] = {2, 3, 5, 7, 11, 13, 17, 19};
+    std::size_t next = 0;
+    while (n >= 4 && next < std::size(divisors) && divisors[next] < n) {
+        if (n % divisors[next] != 0) {
+            ++next;
+            continue;
+        }
+        if (n >= INT_MAX - 1) {
+            return n;
+        }
+        ++n;
+        if (n % 2 == 0) {
+            ++n;
+        }
+        // The value is odd from here on, so the test starts again behind 2.
+        next = 1;
+    }
+    return n;
+}
+
+QORSysSimpleHashTable::QORSysSimpleHashTable(int size, Hash hash, Compare compare)
+    : _compare(compare), _hash(hash), _table(nullptr), _bucketCount(0), _count(0) {
+    const auto bucketsFor = [](int wanted) {
+        const int buckets = UpToNiceModulo(wanted);
+        return buckets < MinimumBuckets ? MinimumBuckets : buckets;
+    };
+    _bucketCount = bucketsFor(size);
+    while (!_Allocate() && _bucketCount > MinimumBuckets) {
+        size = size >= SmallestHalvedSize ? size / 2 : 0;
+        _bucketCount = bucketsFor(size);
+    }
+    if (_table == nullptr) {
+        _bucketCount = 0;
+    }
+}
+
+QORSysSimpleHashTable::~QORSysSimpleHashTable() {
+    std::free(_table);
+}
+
+/// A fresh block for the present number of buckets, all of them empty. The old block is left alone.
+bool QORSysSimpleHashTable::_Allocate() {
+    const auto buckets = static_cast<std::size_t>(_bucketCount);
+    void* block = std::malloc(buckets * WordsPerBucket * sizeof(void*));
+    if (block == nullptr) {
+        return false;
+    }
+    _table = static_cast<void**>(block);
+    std::memset(_table, 0, buckets * sizeof(void*));
+    return true;
+}
+
+QORSysSimpleHashTable::Node** QORSysSimpleHashTable::_Chain(void* element) const {
+    return &_Heads()[_hash(element) % static_cast<unsigned int>(_bucketCount)];
+}
+
+void QORSysSimpleHashTable::_Append(Node** link, void* element) {
+    Node* node = &_Nodes()[_count++];
+    node->element = element;
+    node->next = nullptr;
+    *link = node;
+}
+
+int QORSysSimpleHashTable::Insert(void* element) {
+    const int before = _count;
+    void* stored = InsertAndReturn(element);
+    if (stored == nullptr) {
+        return -1;
+    }
+    if (stored != element) {
+        return 0;
+    }
+    return _count != before ? 1 : 0;
+}
+
+void* QORSysSimpleHashTable::InsertAndReturn(void* element) {
+    for (;;) {
+        if (_bucketCount > 0) {
+            Node** link = _Chain(element);
+            for (; *link != nullptr; link = &(*link)->next) {
+                if (_compare((*link)->element, element) != 0) {
+                    return (*link)->element;
+                }
+            }
+            if (_count < _bucketCount) {
+                _Append(link, element);
+                return element;
+            }
+        }
+        if (ReAllocate(0) != 0) {
+            return nullptr;
+        }
+    }
+}
+
+void* QORSysSimpleHashTable::Locate(void* key) const {
+    const Node* node = LocateBucket(key);
+    return node != nullptr ? node->element : nullptr;
+}
+
+QORSysSimpleHashTable::Node* QORSysSimpleHashTable::LocateBucket(void* key) const {
+    if (_count == 0) {
+        return nullptr;
+    }
+    for (Node* node = *_Chain(key); node != nullptr; node = node->next) {
+        if (_compare(node->element, key) != 0) {
+            return node;
+        }
+    }
+    return nullptr;
+}
+
+void* QORSysSimpleHashTable::KeyLocate(unsigned int hash) const {
+    if (_count == 0) {
+        return nullptr;
+    }
+    for (const Node* node = _Heads()[hash % static_cast<unsigned int>(_bucketCount)]; node != nullptr;
+         node = node->next) {
+        if (_hash(node->element) == hash) {
+            return node->element;
+        }
+    }
+    return nullptr;
+}
+
+void* QORSysSimpleHashTable::Next(void* element) const {
+    if (element == nullptr) {
+        return Get(0);
+    }
+    const Node* node = LocateBucket(element);
+    return node != nullptr ? Get(static_cast<int>(node - _Nodes()) + 1) : nullptr;
+}
+
+void* QORSysSimpleHashTable::NextWithKey(void* element) const {
+    if (element == nullptr) {
+        return nullptr;
+    }
+    const Node* node = LocateBucket(element);
+    if (node == nullptr) {
+        return nullptr;
+    }
+    const unsigned int hash = _hash(element);
+    for (node = node->next; node != nullptr; node = node->next) {
+        if (_hash(node->element) == hash) {
+            return node->element;
+        }
+    }
+    return nullptr;
+}
+
+void* QORSysSimpleHashTable::Get(int i) const {
+    if (i < 0 || i >= _count) {
+        return nullptr;
+    }
+    return _Nodes()[i].element;
+}
+
+void* QORSysSimpleHashTable::Remove(void* element) {
+    if (_count == 0) {
+        return nullptr;
+    }
+    Node** link = _Chain(element);
+    while (*link != nullptr && _compare((*link)->element, element) == 0) {
+        link = &(*link)->next;
+    }
+    Node* removed = *link;
+    if (removed == nullptr) {
+        return nullptr;
+    }
+    void* const result = removed->element;
+    *link = removed->next;
+    _MoveLastNodeTo(removed);
+    --_count;
+    if (_count >= SmallestShrinkingCount && 3L * _count < _bucketCount) {
+        ReAllocate(static_cast<int>(_count * 1.1));
+    }
+    return result;
+}
+
+/// Keeps the node area dense: the last node's content moves into `hole`, and its chain is linked to the new place.
+void QORSysSimpleHashTable::_MoveLastNodeTo(Node* hole) {
+    Node* last = &_Nodes()[_count - 1];
+    if (hole == last) {
+        return;
+    }
+    Node** link = _Chain(last->element);
+    while (*link != last) {
+        link = &(*link)->next;
+    }
+    *hole = *last;
+    *link = hole;
+}
+
+void QORSysSimpleHashTable::RemoveAll() {
+    if (_table != nullptr) {
+        std::memset(_table, 0, static_cast<std::size_t>(_bucketCount) * sizeof(void*));
+    }
+    _count = 0;
+}
+
+int QORSysSimpleHashTable::Size() const {
+    return _count;
+}
+
+int QORSysSimpleHashTable::ReAllocate(int size) {
+    void** const oldTable = _table;
+    const int oldBucketCount = _bucketCount;
+    const int oldCount = _count;
+    const Node* oldNodes = _Nodes();
+
+    const int doubled = oldBucketCount > INT_MAX / 2 ? INT_MAX : 2 * oldBucketCount;
+    _bucketCount = UpToNiceModulo(size < 1 ? (doubled > 0 ? doubled : MinimumBuckets) : size);
+    if (!_Allocate()) {
+        _bucketCount = oldBucketCount;
+        return -1;
+    }
+    _count = 0;
+    for (int i = 0; i < oldCount; ++i) {
+        // Fewer buckets than elements were asked for, the table grew again on the way, and there is no memory for it.
+        if (InsertAndReturn(oldNodes[i].element) == nullptr && oldNodes[i].element != nullptr) {
+            std::free(_table);
+            _table = oldTable;
+            _bucketCount = oldBucketCount;
+            _count = oldCount;
+            return -1;
+        }
+    }
+    std::free(oldTable);
+    return 0;
+}
+
+void QORSysSimpleHashTable::PrintStats() const {}

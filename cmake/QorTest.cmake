@@ -1,0 +1,27 @@
+# qor_add_test(<name> SOURCES <files...> [LINK <libs...>] [PRIVATE_INCLUDE <dirs...>] [PROPERTIES <test properties...>])
+#
+# A GoogleTest program whose tests CTest runs one process each, so that once-per-process state is fresh in every test.
+# tests/support gives it its `main` and child processes.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+add_library(qor_test_support STATIC ${PROJECT_SOURCE_DIR}/tests/support/Child.cpp)
+target_include_directories(qor_test_support PUBLIC ${PROJECT_SOURCE_DIR}/tests/support)
+target_link_libraries(qor_test_support PUBLIC GTest::gmock GTest::gtest)
+
+function(qor_add_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_INCLUDE;PROPERTIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE
+    ${PROJECT_SOURCE_DIR}/SystemTS/QORSysTS00.m/LocalInterfaces ${ARG_PRIVATE_INCLUDE})
+  target_link_libraries(${name} PRIVATE ${ARG_LINK} qor_test_support)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 ${ARG_PROPERTIES})
+endfunction()
+
+# qor_wrap(<target> <symbols...>): the target's own __wrap_<symbol> stands in for each symbol that the libraries' objects
+# call; __real_<symbol> is the true one. Works with the static forms of the libraries only.
+function(qor_wrap target)
+  foreach(symbol ${ARGN})
+    target_link_options(${target} PRIVATE -Wl,--wrap=${symbol})
+  endforeach()
+endfunction()

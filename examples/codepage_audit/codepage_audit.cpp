@@ -1,0 +1,92 @@
+// Audits text files: reads each as narrow text, takes it to UTF-16 and back, and prints what became of it.
+//
+//   codepage_audit FILE...
+//
+// One line per file: bytes, UTF-16 code units, code points, hash, whether the bytes are valid UTF-8, and whether the
+// way to UTF-16 and back gives the same bytes. The exit code is 0 when every file could be read, otherwise 1.
+
+#include "QORSysTS.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace {
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+/// The whole of a file, or nothing, with `errno` telling why.
+std::optional<std::string> ReadFile(const char* path) {
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path, "rb"));
+    if (file == nullptr) {
+        return std::nullopt;
+    }
+    std::string content;
+    char buffer[65536];
+    while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, file.get())) {
+        content.append(buffer, count);
+    }
+    if (std::ferror(file.get()) != 0) {
+        return std::nullopt;
+    }
+    return content;
+}
+
+/// The code points of a text; a unit that belongs to no pair counts as one.
+unsigned long CountCodePoints(const QORUnicodeString& text) {
+    const unsigned short* units = text.ConvertToUCChar();
+    const auto length = static_cast<unsigned long>(text.GetLengthInChar());
+    const auto codePoints = std::make_unique<unsigned int[]>(length + 1);
+    return static_cast<unsigned long>(VELSysUCAlgorithm::unchecked::utf16to32(units, units + length, codePoints.get()) -
+                                      codePoints.get());
+}
+
+/// True when the bytes come back from UTF-16 as they went in.
+bool SurvivesUTF16(const QORUnicodeString& text) {
+    QORUnicodeString wide;
+    wide.BuildFromUCChar(text.ConvertToUCChar(), text.GetLengthInChar());
+    return wide.GetLengthInByte() == text.GetLengthInByte() &&
+           std::memcmp(wide.ConvertToChar(), text.ConvertToChar(), static_cast<std::size_t>(text.GetLengthInByte())) ==
+               0;
+}
+
+void Audit(const char* path, const std::string& content) {
+    const QORUnicodeString text(content.data(), content.size());
+    const char* bytes = content.data();
+    const bool isUTF8 = VELSysUCAlgorithm::IsUTF8(bytes, content.size()) == 0;
+    std::printf("%s: %zu bytes, %d code units, %lu code points, hash %08x, %s UTF-8, UTF-16 and back: %s", path,
+                content.size(), text.GetLengthInChar(), CountCodePoints(text), text.ComputeHashKey(),
+                isUTF8 ? "valid" : "not valid", SurvivesUTF16(text) ? "the same" : "differs");
+    // Narrow text ends at its first zero byte.
+    if (static_cast<std::size_t>(text.GetLengthInByte()) < content.size()) {
+        std::printf(", zero byte at %d", text.GetLengthInByte());
+    }
+    std::putchar('\n');
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: %s FILE...\n", argv[0]);
+        return 2;
+    }
+    QORSysNewSessionTS(0, 0, nullptr);
+    int unread = 0;
+    for (int i = 1; i < argc; ++i) {
+        if (const std::optional<std::string> content = ReadFile(argv[i])) {
+            Audit(argv[i], *content);
+        } else {
+            std::fprintf(stderr, "%s: cannot be read: %s\n", argv[i], std::strerror(errno));
+            ++unread;
+        }
+    }
+    std::printf("%d of %d files audited\n", argc - 1 - unread, argc - 1);
+    QORSysEndSessionTS(0);
+    return unread == 0 ? 0 : 1;
+}

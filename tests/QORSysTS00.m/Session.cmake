@@ -1,0 +1,22 @@
+# Every call that the session frame makes is recorded.
+set(session_calls
+  _Z11InitNLSCorePKcb _Z13DeInitNLSCorei _Z14VELSysTSSetArgiPPc _Z22VELSysWatchDogFinalizev
+  _Z24VELSysTraceCreateManagerPKcPi _Z24VELSysWatchDogInitializeiPPKcS1_i _Z25VELSysTraceDestroyManagerv
+  _Z35VELSysLifeCycleDispatchFinalizationv
+  _Z35VELSysLifeCycleGlobalFactoryPrivate24VELSysLifeCyclePriorFlagPFvPvEPFviES4_
+  _Z36VELSysFinalReleaseCPUResourceManageri _Z37VELSysLifeCycleDispatchInitializationv
+  _ZN15QORResourceLockC1Ei _ZN15QORResourceLockD1Ev _ZN3VEL8internal13DeinitIConvTSEi
+  _ZN3VEL8internal17EnsureMainContextEv _ZN8QORMutexC1Eiii _ZN8QORMutexD1Ev _ZN8QORMutex4LockEv
+  _ZN8QORMutex6UnlockEv _Z30VELStringPoolSetForCurrentThrdi _ZN3VEL8internal14ClearEmptyViewEv getenv)
+
+qor_add_test(QORSysSessionTest SOURCES QORSysSessionTest.cpp SessionCalls.cpp LINK QORSysTS_static)
+qor_wrap(QORSysSessionTest ${session_calls})
+
+qor_add_test(VELSysHashMapStringTest SOURCES VELSysHashMapStringTest.cpp LINK QORSysTS_static)
+qor_wrap(VELSysHashMapStringTest _ZnwmRKSt9nothrow_t malloc)
+
+qor_add_test(VELSysCodePageTest SOURCES VELSysCodePageTest.cpp LINK QORSysTS_static)
+qor_wrap(VELSysCodePageTest _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE
+         _Z26VELGetMultiByteCharMaxSizev)
+
+qor_add_test(SessionThreadsTest SOURCES SessionThreadsTest.cpp LINK QORSysTS_static)

@@ -1,0 +1,39 @@
+#include "StringEnvironment.h"
+
+#include "VELSysCodePage.h"
+#include "VELSysNLSCore.h"
+
+#include <atomic>
+#include <cstring>
+
+namespace {
+
+std::atomic<long> s_maxCharSize = 1;
+
+VELSysNLSEnv RecordOf(const char* codePage) {
+    VELSysNLSEnv env{};
+    std::strcpy(env.codePage, codePage);
+    return env;
+}
+
+} // namespace
+
+void StringEnvironment::UseCodePage(const char* codePage, long maxCharSize) {
+    s_maxCharSize = maxCharSize;
+    VELSysCodePage::OnChangeNLSCore(RecordOf(codePage));
+}
+
+// In place of the language core, so that the machine's locale has no say.
+
+extern "C" int __wrap__Z13GetEnvNLSDataP12VELSysNLSEnv(VELSysNLSEnv* env) {
+    *env = RecordOf(StringEnvironment::UTF8);
+    return 0;
+}
+
+extern "C" int __wrap__Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE(void (*)(const VELSysNLSEnv&)) {
+    return 0;
+}
+
+extern "C" long __wrap__Z26VELGetMultiByteCharMaxSizev() {
+    return s_maxCharSize;
+}

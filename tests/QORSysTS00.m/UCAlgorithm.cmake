@@ -1,0 +1,5 @@
+qor_add_test(VELSysUCDecoderTest SOURCES VELSysUCDecoderTest.cpp LINK QORSysTS_static)
+qor_add_test(VELSysUCAlgorithmTest SOURCES VELSysUCAlgorithmTest.cpp LINK QORSysTS_static)
+qor_add_test(VELSysUCResumableTest SOURCES VELSysUCResumableTest.cpp LINK QORSysTS_static)
+qor_add_test(VELSysUCKernelsTest SOURCES VELSysUCKernelsTest.cpp LINK QORSysTS_static)
+qor_add_test(VELSysUCHashTest SOURCES VELSysUCHashTest.cpp LINK QORSysTS_static)
