@@ -1,0 +1,7 @@
+#include "UCFuzz.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    UCFuzz::Compare<1>(UCFuzz::Input(data, size), VELSysUCAlgorithm::unchecked::utf8to32,
+                       PlainUnicode::FromUTF8<unsigned int>);
+    return 0;
+}
