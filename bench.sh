@@ -39,7 +39,7 @@ for program in "$root"/build-bench/benchmarks-bin/*; do
         }
     fi
 done
-say "medians; ratio is the peer's time by ours, above 1 we are faster"
+say "medians; ratio is our time by the peer's, below 1 we are faster"
 python3 "$root/tools/bench_table.py" "${table_options[@]}" "$reports"/*.json || die "no benchmark matches '$filter'"
 trap - EXIT
 echo "$me: done; the reports are in build-bench/reports"

@@ -28,6 +28,8 @@ function(qor_add_library name)
 
   add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
   target_link_options(${name} PRIVATE -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,--hash-style=gnu)
+  # Life-cycle participants, threads and exit handlers hold on to the code, so it stays when the library is closed.
+  target_link_options(${name} PRIVATE -Wl,-z,nodelete)
   if(NOT QORSYSTS_SANITIZE)
     target_link_options(${name} PRIVATE -Wl,-z,defs)
   endif()

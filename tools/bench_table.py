@@ -5,7 +5,7 @@
 
 A benchmark is named <Case>/<variant...>:<who>; what stands in front of the colon pairs `ours` with its peers. What the
 benchmark library writes behind <who> is either part of the case (arguments, `threads:2`) or says how time was taken.
-The ratio is a peer's time by ours: above 1 we are faster. Cases without `ours`, or without a peer, are listed too.
+The ratio is our time by the peer's: below 1 we are faster. Cases without `ours`, or without a peer, are listed too.
 """
 import argparse
 import json
@@ -90,8 +90,8 @@ def show(measured):
     return f'{value:.3g} ns'
 
 
-def ratio(peer, ours):
-    return f'{peer[0] / ours[0]:.2f}' if ours[0] > 0 else '-'
+def ratio(ours, peer):
+    return f'{ours[0] / peer[0]:.2f}' if peer[0] > 0 else '-'
 
 
 def make_rows(cases, all_peers):
@@ -105,7 +105,7 @@ def make_rows(cases, all_peers):
             continue
         best = [peer for peer in peers if peer[1] not in OWN_FORMS] or peers
         for value, who in peers if all_peers else best[:1]:
-            rows.append((case, show(ours), f'{who} {show(value)}', ratio(value, ours)))
+            rows.append((case, show(ours), f'{who} {show(value)}', ratio(ours, value)))
     return rows
 
 

@@ -40,9 +40,9 @@ public:
     int WriteUnlock();
 
 private:
-    bool IsMine() const;
-    int Reenter();
-    int Leave();
+    QORSYSMT_PRIVATE bool IsMine() const;
+    QORSYSMT_PRIVATE int Reenter();
+    QORSYSMT_PRIVATE int Leave();
 
     pthread_rwlock_t _lock;
     /// The thread that holds the write side, 0 for none.

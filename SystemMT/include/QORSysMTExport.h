@@ -6,3 +6,6 @@
 #pragma once
 
 #define QORSYSMT_EXPORT __attribute__((visibility("default")))
+
+/// A member of an exported class that only the library itself calls.
+#define QORSYSMT_PRIVATE __attribute__((visibility("hidden")))

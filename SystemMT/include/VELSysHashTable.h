@@ -69,8 +69,8 @@ private:
     struct Node;
 
     /// The link that leads to the entry of `key`, or the end of its chain. There must be buckets.
-    Node** LinkOf(const char* key);
-    bool KeysAreEqual(const char* first, const char* second) const;
+    QORSYSMT_PRIVATE Node** LinkOf(const char* key);
+    QORSYSMT_PRIVATE bool KeysAreEqual(const char* first, const char* second) const;
 
     Node** _buckets;
     unsigned int _bucketCount;

@@ -67,8 +67,8 @@ public:
 private:
     struct Node;
 
-    void ReleaseNode(Node* node);
-    Node** LinkOf(void* stored);
+    QORSYSMT_PRIVATE void ReleaseNode(Node* node);
+    QORSYSMT_PRIVATE Node** LinkOf(void* stored);
 
     Node* _first;
     /// The link behind the last entry.

@@ -52,8 +52,8 @@ public:
 private:
     enum class End { First, Last };
 
-    int Push(End end, void* entry, int milliseconds);
-    int Pop(End end, void** entry, int milliseconds);
+    QORSYSMT_PRIVATE int Push(End end, void* entry, int milliseconds);
+    QORSYSMT_PRIVATE int Pop(End end, void** entry, int milliseconds);
 
     mutable std::mutex _mutex;
     std::condition_variable _changed;

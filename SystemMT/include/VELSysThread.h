@@ -49,7 +49,7 @@ public:
     int GetResult() const;
 
 private:
-    std::shared_ptr<VEL::internal::ThreadExecution> GetExecution() const;
+    QORSYSMT_PRIVATE std::shared_ptr<VEL::internal::ThreadExecution> GetExecution() const;
 
     mutable std::mutex _mutex;
     std::shared_ptr<VEL::internal::ThreadExecution> _execution;

@@ -8,6 +8,7 @@
 #include "UpwardCalls.h"
 #include "VELSysLifeCycle.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <locale>
@@ -22,8 +23,8 @@ constexpr VELSysLifeCyclePriorFlag ContextPriority = static_cast<VELSysLifeCycle
 /// Life-cycle state code of the end.
 constexpr int Terminate = 0;
 
-/// 1 when this library made the trace manager, and so destroys it.
-int s_traceOwnership = -1;
+/// 1 when this library made the trace manager, and so destroys it. Atomic, since sessions may begin on several threads.
+constinit std::atomic<int> s_traceOwnership{-1};
 
 int ComputeStringChecks() {
     VEL::internal::ClearEmptyView();
@@ -40,8 +41,9 @@ void StartLanguage(void*) {
 void LanguageState(int) {}
 
 void StartTrace(void*) {
-    s_traceOwnership = 0;
-    VELSysTraceCreateManager(nullptr, &s_traceOwnership);
+    int ownership = 0;
+    VELSysTraceCreateManager(nullptr, &ownership);
+    s_traceOwnership = ownership;
 }
 
 void TraceState(int state) {
