@@ -17,7 +17,9 @@ public:
     static constexpr int defaultWaitLimit = 10000;
 
     /// @param port       The port to listen on; 0 to have a free one picked.
-    /// @param backlog    How many connections may wait to be accepted; below 1 counts as 1.
+    /// @param backlog    How many connections may wait to be accepted, below 1 counting as 1. The platform lets a few
+    ///                   more wait, and keeps the number below a limit of its own. A client beyond that is kept waiting
+    ///                   in its `Connect`.
     /// @param waitLimit  The limit of one call on an accepted connection, in milliseconds; below 1 for
     ///                   `defaultWaitLimit`.
     QORSocketConnector(unsigned short port, int backlog, int waitLimit);

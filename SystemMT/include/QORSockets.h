@@ -15,8 +15,8 @@ enum QORSocketOptions : int {
 /// One end of a TCP connection within the machine.
 ///
 /// No call waits for ever: each has a limit for the whole of its run, however its time is spent, so a peer that sends
-/// or takes nothing, or one byte now and then, cannot hold it. The limit is that of the connector a connection was
-/// accepted by, and `defaultWaitLimit` for all others; `SetWaitLimit` changes it.
+/// or takes nothing, or one byte now and then, or more and more without a pause, cannot hold it. The limit is that of
+/// the connector a connection was accepted by, and `defaultWaitLimit` for all others; `SetWaitLimit` changes it.
 ///
 /// A socket belongs to one thread at a time. No call raises a signal, and the descriptor does not pass to programs that
 /// the process starts. Results are 0 for success and -1 for failure; `errno` then tells the reason, `ETIMEDOUT` when

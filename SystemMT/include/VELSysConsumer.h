@@ -32,16 +32,17 @@ public:
     /// @param function      The time-out function, called on the consumer's thread, or null.
     /// @param data          Handed to `function`; stays the caller's.
     /// @return 0, or -1 when the platform refuses a thread, when memory was short at the construction, or when the
-    ///         consumer's own thread asks for it after `Stop` and would have to wait for its own end.
+    ///         thread that ends after `Stop` cannot be waited for: on that very thread, and on one that it waits for in
+    ///         a join or `Stop`, be it through others.
     int Start(int milliseconds, void (*function)(void* data), void* data);
 
     /// Ends the thread. A function that is being called is waited for; no further one is begun. The messages that
     /// waited when `Stop` was called are then handed to their functions with a cancel argument of 1, on the calling
     /// thread, in order. Messages that come later wait for the next `Start`.
     ///
-    /// Called from within one of the consumer's own functions, or by a thread that such a function waits for in a join
-    /// or `Stop`, it cancels the messages and returns without waiting; the consumer's thread ends when that function
-    /// has returned. On a consumer that does not run only the messages are cancelled.
+    /// Called on the consumer's own thread, or by a thread that this one waits for in a join or `Stop`, it cancels the
+    /// messages and returns without waiting; the consumer's thread ends when the function that it runs has returned. On
+    /// a consumer that does not run only the messages are cancelled.
     void Stop();
 
     /// @return True from a successful `Start` until the thread has been told to end.

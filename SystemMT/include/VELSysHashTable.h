@@ -22,11 +22,13 @@ public:
     virtual ~VELSysHashTable();
 
 protected:
-    /// The copy of a value that the table stores. Answers `value` itself here.
+    /// The copy of a value that the table stores. Answers `value` itself here. It may change the table; the place of
+    /// the entry is found afterwards.
     /// @return Null when there is no memory, or for a null `value`.
     virtual void* ChildCopyItem(void* value);
 
-    /// Releases a stored value, null included. Does nothing here.
+    /// Releases a value that leaves the table, or a copy that is not stored after all. Called for null values too. Does
+    /// nothing here.
     virtual void ChildDeleteItem(void* value);
 
     /// Compares two values: 0 for equal. Compares the addresses here.
@@ -70,6 +72,7 @@ private:
 
     /// The link that leads to the entry of `key`, or the end of its chain. There must be buckets.
     QORSYSMT_PRIVATE Node** LinkOf(const char* key);
+    QORSYSMT_PRIVATE int Store(const char* key, void* value, bool replaces);
     QORSYSMT_PRIVATE bool KeysAreEqual(const char* first, const char* second) const;
 
     Node** _buckets;

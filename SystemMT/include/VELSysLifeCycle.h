@@ -40,10 +40,16 @@ QORSYSMT_EXPORT VELSysLifeCycleStruct*
 VELSysLifeCycleGlobalFactoryInternal(const char* name, void (*onInitialize)(void*), void (*onState)(int),
                                      void (*onSystemCall)(int), unsigned short version);
 
-/// Takes a module out of the registry. When it returns, none of the module's functions runs on another thread and none
-/// will be called again, so the module may be unloaded. Called from within a function of the module it does not wait
-/// for that very call.
-/// @return 0, or -1 when `module` is null or not registered as a module.
+/// Takes a module out of the registry. When it answers 0, none of the module's functions runs on another thread and
+/// none will be called again, so the module may be unloaded. Called from within a function of the module it does not
+/// wait for that very call.
+///
+/// The wait for functions on other threads is not begun, and the answer is -1, when the calling thread would wait for
+/// itself, because such a thread waits for it: in this very call for another module, or in a join or `Stop` of this
+/// library, be it through other threads. The module has left all the same and none of its functions will be called
+/// again, but it is not to be unloaded before that function has returned. A wait of another kind, such as a lock or a
+/// join of the platform's own, is not known here: no function waits in that way for a thread that takes its module out.
+/// @return 0, or -1 when `module` is null or not registered as a module, or a function of it still runs as above.
 QORSYSMT_EXPORT int VELSysLifeCycleGlobalFactoryInternalCheck(VELSysLifeCycleStruct* module);
 
 /// Calls the first function of all participants with null, by rising priority. Each call dispatches anew.

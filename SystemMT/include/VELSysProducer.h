@@ -23,8 +23,8 @@ using VELSysProducerFunction = int (*)(int code, int cancel, void* data, void* u
 
 /// Sends messages of one kind to one consumer, which hands them to the producer's function on its own thread.
 ///
-/// A producer on which nothing was sent is a single request: its destructor sends one message without data. It never
-/// waits for a delivery. The function and the user word must stay good until the last message is delivered or
+/// A producer whose `Send` was never called is a single request: its destructor sends one message without data. It
+/// never waits for a delivery. The function and the user word must stay good until the last message is delivered or
 /// cancelled. All operations but the destructor may be called by any thread at once.
 class QORSYSMT_EXPORT VELSysProducer {
 public:
@@ -36,7 +36,7 @@ public:
     VELSysProducer(const VELSysProducer&) = delete;
     VELSysProducer& operator=(const VELSysProducer&) = delete;
 
-    /// Sends one message with null data, unless `Send` was called. A refusal is not told.
+    /// Sends one message with null data, unless `Send` was called, be it in vain. A refusal is not told.
     virtual ~VELSysProducer();
 
     /// Sends one message.

@@ -26,7 +26,7 @@ public:
     ///         or memory is short.
     static VELSysTSDataQueue* CreateEmptyQueue(int maximumCount, int reserved);
 
-    /// Sets the limit. Entries stay, also those above it.
+    /// Sets the limit. Entries stay, also those above it. A call that waits for room goes on when there is some now.
     /// @param maximumCount  Number of entries from which on the queue is full; 0 for no limit.
     /// @param reserved      Pass 0; not read.
     /// @return 0, or -1, with nothing changed, when `maximumCount` is negative.

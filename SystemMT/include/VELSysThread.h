@@ -37,9 +37,9 @@ public:
     int Run();
 
     /// Waits until the function has returned and the thread is gone. Several threads may wait at once.
-    /// @return 0, also at once when nothing runs; -1, at once, when the calling thread would wait for itself, because
-    /// it
-    ///         is this thread or this thread joins it, be it through other threads or consumers.
+    /// @return 0, also at once when nothing runs. -1, at once, when the calling thread would wait for itself: on this
+    ///         thread, in the destructors of its thread-local objects too, and on a thread that this one joins, be it
+    ///         through other threads or consumers.
     int Join();
 
     /// @return True from `Run` until the function has returned.

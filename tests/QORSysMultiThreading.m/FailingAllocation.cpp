@@ -8,6 +8,7 @@ namespace {
 /// Allocations that still succeed, negative without shortage.
 thread_local int t_left = -1;
 thread_local bool t_hasFailed = false;
+thread_local long t_blocks = 0;
 
 void* Allocate(std::size_t size) noexcept {
     if (t_left == 0) {
@@ -17,7 +18,13 @@ void* Allocate(std::size_t size) noexcept {
     if (t_left > 0) {
         --t_left;
     }
+    ++t_blocks;
     return std::malloc(size > 0 ? size : 1);
+}
+
+void Release(void* block) noexcept {
+    t_blocks -= block ? 1 : 0;
+    std::free(block);
 }
 
 void* AllocateOrThrow(std::size_t size) {
@@ -42,6 +49,10 @@ bool FailingAllocation::HasFailed() const {
     return t_hasFailed;
 }
 
+long CountBlocks() {
+    return t_blocks;
+}
+
 void* operator new(std::size_t size) {
     return AllocateOrThrow(size);
 }
@@ -59,25 +70,25 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
 }
 
 void operator delete(void* block) noexcept {
-    std::free(block);
+    Release(block);
 }
 
 void operator delete[](void* block) noexcept {
-    std::free(block);
+    Release(block);
 }
 
 void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
+    Release(block);
 }
 
 void operator delete[](void* block, std::size_t) noexcept {
-    std::free(block);
+    Release(block);
 }
 
 void operator delete(void* block, const std::nothrow_t&) noexcept {
-    std::free(block);
+    Release(block);
 }
 
 void operator delete[](void* block, const std::nothrow_t&) noexcept {
-    std::free(block);
+    Release(block);
 }

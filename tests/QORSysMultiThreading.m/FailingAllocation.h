@@ -15,6 +15,9 @@ public:
     bool HasFailed() const;
 };
 
+/// Blocks that the calling thread has taken by operator `new`, less those that it has given back.
+long CountBlocks();
+
 /// Calls `attempt()` again and again, each time with one more allocation that succeeds, until none is refused.
 /// @return The number of calls in which an allocation was refused.
 template <typename Attempt>

@@ -264,6 +264,34 @@ TEST(QORSocketConnectorTest, ABacklogBelowOneStillLetsAConnectionWait) {
     EXPECT_EQ(client.Connect(connector.GetPort(), nullptr), 0);
 }
 
+/// How many connections wait for a connector that accepts none, counted up to 50.
+int CountWaitingConnections(int backlog) {
+    QORSocketConnector connector(0, backlog, 0);
+    EXPECT_EQ(connector.Declare("localhost"), 0);
+    std::vector<std::unique_ptr<QORSockets>> clients;
+    while (clients.size() < 50) {
+        auto client = std::make_unique<QORSockets>(-1, nullptr);
+        client->SetWaitLimit(200);
+        if (client->Connect(connector.GetPort(), nullptr) != 0) {
+            EXPECT_EQ(errno, ETIMEDOUT);
+            break;
+        }
+        clients.push_back(std::move(client));
+    }
+    return static_cast<int>(clients.size());
+}
+
+TEST(QORSocketConnectorTest, AsManyConnectionsAsTheBacklogSaysWaitAndFewMore) {
+    constexpr int fewMore = 4;
+    for (int backlog : {1, 5, 10}) {
+        const int waiting = CountWaitingConnections(backlog);
+        EXPECT_GE(waiting, backlog);
+        EXPECT_LE(waiting, backlog + fewMore);
+    }
+    EXPECT_EQ(CountWaitingConnections(0), CountWaitingConnections(1));
+    EXPECT_EQ(CountWaitingConnections(-3), CountWaitingConnections(1));
+}
+
 TEST(QORSocketConnectorTest, ServesClientsOfManyThreads) {
     constexpr int clients = 3;
     constexpr int rounds = 30;

@@ -3,8 +3,10 @@
 #include "QORSocketConnector.h"
 #include "TestSupport.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -12,6 +14,58 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+namespace {
+
+/// While one is alive, the platform's calls of this thread that move bytes go to a peer that is always ready: each call
+/// takes a millisecond and moves one byte.
+class TirelessPeer {
+public:
+    TirelessPeer();
+    TirelessPeer(const TirelessPeer&) = delete;
+    TirelessPeer& operator=(const TirelessPeer&) = delete;
+    ~TirelessPeer();
+
+    ssize_t Move(size_t size);
+
+    unsigned int calls = 0;
+    size_t largestSize = 0;
+};
+
+thread_local TirelessPeer* t_peer = nullptr;
+
+TirelessPeer::TirelessPeer() {
+    t_peer = this;
+}
+
+TirelessPeer::~TirelessPeer() {
+    t_peer = nullptr;
+}
+
+ssize_t TirelessPeer::Move(size_t size) {
+    // Whoever holds no limit does not run for ever.
+    constexpr unsigned int enough = 3000;
+    if (++calls > enough) {
+        errno = EIO;
+        return -1;
+    }
+    largestSize = std::max(largestSize, size);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return 1;
+}
+
+} // namespace
+
+// The platform's calls, as the library finds them.
+extern "C" ssize_t recv(int descriptor, void* data, size_t size, int flags) {
+    static auto* const platforms = reinterpret_cast<decltype(&recv)>(dlsym(RTLD_NEXT, "recv"));
+    return t_peer ? t_peer->Move(size) : platforms(descriptor, data, size, flags);
+}
+
+extern "C" ssize_t send(int descriptor, const void* data, size_t size, int flags) {
+    static auto* const platforms = reinterpret_cast<decltype(&send)>(dlsym(RTLD_NEXT, "send"));
+    return t_peer ? t_peer->Move(size) : platforms(descriptor, data, size, flags);
+}
 
 namespace {
 
@@ -145,6 +199,46 @@ TEST_F(QORSocketsTest, APeerThatTakesNothingIsNotWaitedForBeyondTheLimit) {
     EXPECT_EQ(server->Send(much.data(), static_cast<unsigned int>(much.size())), -1);
     EXPECT_EQ(errno, ETIMEDOUT);
     EXPECT_LT(watch.Elapsed(), s_promptly);
+}
+
+TEST_F(QORSocketsTest, APeerThatKeepsTheSocketFullIsNotReadFromBeyondTheLimit) {
+    std::vector<char> much(64 << 20);
+    unsigned int received = 0;
+    server->SetWaitLimit(20);
+    TirelessPeer peer;
+    EXPECT_EQ(server->Receive(much.data(), static_cast<unsigned int>(much.size()), &received), -1);
+    EXPECT_EQ(errno, ETIMEDOUT);
+    EXPECT_EQ(received, peer.calls);
+    EXPECT_LE(peer.calls, 20u);
+}
+
+TEST_F(QORSocketsTest, APeerThatKeepsTakingIsNotSentToBeyondTheLimit) {
+    const std::vector<char> much(64 << 20);
+    server->SetWaitLimit(20);
+    TirelessPeer peer;
+    EXPECT_EQ(server->Send(much.data(), static_cast<unsigned int>(much.size())), -1);
+    EXPECT_EQ(errno, ETIMEDOUT);
+    EXPECT_LE(peer.calls, 20u);
+}
+
+TEST_F(QORSocketsTest, ThePlatformIsNotAskedToMoveSoMuchThatItOutlastsTheLimit) {
+    constexpr size_t soon = 1 << 20;
+    std::vector<char> much(64 << 20);
+    const auto size = static_cast<unsigned int>(much.size());
+    server->SetWaitLimit(1);
+    TirelessPeer peer;
+    server->Receive(much.data(), size, nullptr);
+    EXPECT_LE(peer.largestSize, soon);
+    server->Send(much.data(), size);
+    EXPECT_LE(peer.largestSize, soon);
+}
+
+TEST_F(QORSocketsTest, WhatIsThereWholeSucceedsHoweverShortTheLimit) {
+    char byte = 0;
+    server->SetWaitLimit(1);
+    TirelessPeer peer;
+    EXPECT_EQ(server->Send(&byte, 1), 0);
+    EXPECT_EQ(server->Receive(&byte, 1, nullptr), 0);
 }
 
 TEST_F(QORSocketsTest, SendingToAPeerThatHasGoneFailsWithoutASignal) {

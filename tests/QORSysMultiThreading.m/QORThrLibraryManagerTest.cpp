@@ -2,6 +2,7 @@
 
 #include "TestSupport.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -48,6 +49,30 @@ TEST(QORThrLibraryManagerTest, AnEmptyNameIsNoLibrary) {
 TEST(QORThrLibraryManagerTest, AMissingSymbolGivesNull) {
     EXPECT_EQ(QORThrLibraryManager::GetFunctionAddress(TEST_PLUG_IN, "QORSysMTTestPlugInMissing"), nullptr);
     EXPECT_EQ(QORThrLibraryManager::GetFunctionAddress(TEST_PLUG_IN, nullptr), nullptr);
+}
+
+/// True for a library that is loaded, whoever did it.
+bool IsLoaded(const char* file) {
+    void* const handle = dlopen(file, RTLD_LAZY | RTLD_NOLOAD);
+    return handle && dlclose(handle) == 0;
+}
+
+TEST(QORThrLibraryManagerTest, ALibraryStaysLoadedOnlyIfSomethingWasFoundInIt) {
+    EXPECT_EQ(QORThrLibraryManager::GetFunctionAddress(TEST_SPARE_PLUG_IN, "QORSysMTTestPlugInMissing"), nullptr);
+    EXPECT_FALSE(IsLoaded(TEST_SPARE_PLUG_IN));
+    EXPECT_NE(QORThrLibraryManager::GetFunctionAddress(TEST_SPARE_PLUG_IN, "QORSysMTTestSparePlugInAnswer"), nullptr);
+    EXPECT_TRUE(IsLoaded(TEST_SPARE_PLUG_IN));
+}
+
+TEST(QORThrLibraryManagerTest, ALibraryWithMissingPartsIsMissing) {
+    // What is missing is called by another function than the one that is looked up.
+    EXPECT_EQ(QORThrLibraryManager::GetFunctionAddress(TEST_BROKEN_PLUG_IN, "QORSysMTTestBrokenPlugInAnswer"), nullptr);
+    EXPECT_FALSE(IsLoaded(TEST_BROKEN_PLUG_IN));
+}
+
+TEST(QORThrLibraryManagerTest, TheSymbolsOfALibraryAreNotOfferedToOthers) {
+    EXPECT_NE(QORThrLibraryManager::GetFunctionAddress(TEST_PLUG_IN, s_symbol), nullptr);
+    EXPECT_EQ(QORThrLibraryManager::GetFunctionAddress(nullptr, s_symbol), nullptr);
 }
 
 TEST(QORThrLibraryManagerTest, WithoutALibraryTheProgramIsSearched) {

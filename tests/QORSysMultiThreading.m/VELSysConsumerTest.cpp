@@ -450,6 +450,86 @@ TEST(VELSysConsumerTest, MemoryShortageRefusesAStart) {
     EXPECT_EQ(consumer.Start(-1, nullptr, nullptr), 0);
 }
 
+TEST(VELSysConsumerTest, AStartThatIsRefusedLeavesNothingBehind) {
+    const long blocks = CountBlocks();
+    {
+        VELSysConsumer consumer;
+        const FailingAllocation shortage(1);
+        EXPECT_EQ(consumer.Start(-1, nullptr, nullptr), -1);
+    }
+    EXPECT_EQ(CountBlocks(), blocks);
+}
+
+/// Stops its consumer and starts it again when the consumer's thread ends.
+struct ThreadLocalStopper {
+    ~ThreadLocalStopper() {
+        if (consumer) {
+            consumer->Stop();
+            *startAfterStop = consumer->Start(-1, nullptr, nullptr);
+        }
+    }
+
+    VELSysConsumer* consumer = nullptr;
+    std::atomic<int>* startAfterStop = nullptr;
+};
+
+thread_local ThreadLocalStopper t_stopper;
+
+TEST(VELSysConsumerTest, AThreadLocalObjectOfItsThreadMayStopIt) {
+    struct Setter {
+        VELSysConsumer consumer;
+        std::atomic<int> startAfterStop{7};
+        std::atomic<bool> isSet{false};
+    } setter;
+    setter.consumer.Start(-1, nullptr, nullptr);
+    VELSysProducer(
+        &setter.consumer, 2,
+        [](int, int, void*, void* data) {
+            auto* const self = static_cast<Setter*>(data);
+            t_stopper.consumer = &self->consumer;
+            t_stopper.startAfterStop = &self->startAfterStop;
+            self->isSet = true;
+            return 0;
+        },
+        &setter);
+    ASSERT_TRUE(WaitUntil([&] { return setter.isSet.load(); }));
+    setter.consumer.Stop();
+    EXPECT_EQ(setter.startAfterStop, -1);
+    EXPECT_FALSE(setter.consumer.IsRunning());
+}
+
+TEST(VELSysConsumerTest, StartAfterStopIsRefusedOnAThreadThatItsFunctionJoins) {
+    struct Starter {
+        static int StopAndJoin(int, int cancel, void*, void* data) {
+            auto* const self = static_cast<Starter*>(data);
+            if (!cancel) {
+                self->consumer.Stop();
+                self->hasStopped = true;
+                self->joined = self->starter.Join();
+            }
+            return 0;
+        }
+        static int Start(void* data) {
+            auto* const self = static_cast<Starter*>(data);
+            WaitUntil([self] { return self->hasStopped.load(); });
+            // Long enough for the consumer to be within its join.
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            return self->consumer.Start(-1, nullptr, nullptr);
+        }
+        VELSysThread starter;
+        VELSysConsumer consumer;
+        std::atomic<bool> hasStopped{false};
+        std::atomic<int> joined{7};
+    } own;
+    own.starter.SetFunction(Starter::Start, &own, 0);
+    own.starter.Run();
+    own.consumer.Start(-1, nullptr, nullptr);
+    VELSysProducer(&own.consumer, 2, Starter::StopAndJoin, &own);
+    EXPECT_TRUE(WaitUntil([&] { return own.joined != 7; }));
+    EXPECT_EQ(own.joined, 0);
+    EXPECT_EQ(own.starter.GetResult(), -1);
+}
+
 TEST(VELSysConsumerTest, EveryMessageIsDeliveredOrCancelledOnce) {
     constexpr int rounds = 200;
     Recorder recorder;

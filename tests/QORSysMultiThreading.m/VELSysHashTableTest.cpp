@@ -3,8 +3,12 @@
 #include "FailingAllocation.h"
 #include "TestSupport.h"
 
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -35,19 +39,34 @@ public:
 
     bool refusesToCopy = false;
     std::vector<int> released;
+    int releasedNulls = 0;
+    /// Called once, within the next copying or the next release.
+    std::function<void()> withinCopy;
+    std::function<void()> withinRelease;
 
 protected:
     void* ChildCopyItem(void* value) override {
+        CallOnce(withinCopy);
         return value && !refusesToCopy ? new int(*static_cast<int*>(value)) : nullptr;
     }
     void ChildDeleteItem(void* value) override {
-        if (value) {
-            released.push_back(*static_cast<int*>(value));
-            delete static_cast<int*>(value);
+        CallOnce(withinRelease);
+        if (!value) {
+            ++releasedNulls;
+            return;
         }
+        released.push_back(*static_cast<int*>(value));
+        delete static_cast<int*>(value);
     }
     int ChildCompareItem(void* first, void* second) override {
         return first && second ? *static_cast<int*>(first) - *static_cast<int*>(second) : -1;
+    }
+
+private:
+    static void CallOnce(std::function<void()>& function) {
+        if (function) {
+            std::exchange(function, nullptr)();
+        }
     }
 };
 
@@ -117,6 +136,81 @@ TEST(VELSysHashTableTest, ANullValueIsStoredAndLooksLikeAMissingKey) {
     EXPECT_EQ(table.GetNumber("none"), 3);
     EXPECT_EQ(table.Replace("none", nullptr), 0);
     EXPECT_EQ(table.Get("none"), nullptr);
+}
+
+TEST(VELSysHashTableTest, ANullValueIsReleasedAsAnyOther) {
+    NumberTable table;
+    table.Add("one", nullptr);
+    EXPECT_EQ(table.Replace("one", nullptr), 0);
+    EXPECT_EQ(table.releasedNulls, 1);
+    EXPECT_EQ(table.Remove("one"), 0);
+    EXPECT_EQ(table.releasedNulls, 2);
+    table.Add("one", nullptr);
+    table.removeall();
+    EXPECT_EQ(table.releasedNulls, 3);
+    EXPECT_THAT(table.released, IsEmpty());
+}
+
+TEST(VELSysHashTableTest, ACopyingMayRemoveTheEntryBeforeTheNewOne) {
+    NumberTable table(1);
+    table.AddNumber("one", 1);
+    table.withinCopy = [&] { table.Remove("one"); };
+    EXPECT_EQ(table.AddNumber("two", 2), 0);
+    EXPECT_EQ(table.GetNumber("two"), 2);
+    EXPECT_EQ(table.Count(), 1);
+}
+
+TEST(VELSysHashTableTest, ACopyingMayAddAnotherEntryToTheBucket) {
+    NumberTable table(1);
+    table.withinCopy = [&] { table.AddNumber("one", 1); };
+    EXPECT_EQ(table.AddNumber("two", 2), 0);
+    EXPECT_EQ(table.GetNumber("one"), 1);
+    EXPECT_EQ(table.GetNumber("two"), 2);
+    EXPECT_EQ(table.Count(), 2);
+}
+
+TEST(VELSysHashTableTest, AKeyThatTheCopyingAddedIsKnown) {
+    NumberTable table;
+    table.withinCopy = [&] { table.AddNumber("one", 1); };
+    EXPECT_EQ(table.AddNumber("one", 2), -1);
+    EXPECT_EQ(table.GetNumber("one"), 1);
+    EXPECT_THAT(table.released, ElementsAre(2));
+    table.withinCopy = [&] { table.AddNumber("two", 3); };
+    EXPECT_EQ(table.ReplaceNumber("two", 4), 0);
+    EXPECT_EQ(table.GetNumber("two"), 4);
+    EXPECT_THAT(table.released, ElementsAre(2, 3));
+    EXPECT_EQ(table.Count(), 2);
+}
+
+TEST(VELSysHashTableTest, ReplaceSetsAKeyThatTheCopyingRemoved) {
+    NumberTable table(1);
+    table.AddNumber("one", 1);
+    int number = 1;
+    const char* const storedKey = table.FindKey(&number);
+    table.withinCopy = [&] { table.removeall(); };
+    EXPECT_EQ(table.ReplaceNumber(storedKey, 2), 0);
+    EXPECT_EQ(table.GetNumber("one"), 2);
+    EXPECT_EQ(table.Count(), 1);
+}
+
+TEST(VELSysHashTableTest, AKnownKeyIsRefusedBeforeACopyIsMade) {
+    NumberTable table;
+    bool copies = false;
+    table.AddNumber("one", 1);
+    table.withinCopy = [&] { copies = true; };
+    EXPECT_EQ(table.AddNumber("one", 2), -1);
+    EXPECT_FALSE(copies);
+}
+
+TEST(VELSysHashTableTest, AReleaseWithinRemoveallMayRemoveAnotherEntry) {
+    NumberTable table(1);
+    for (int number = 1; number <= 3; ++number) {
+        table.AddNumber(std::to_string(number).c_str(), number);
+    }
+    table.withinRelease = [&] { EXPECT_EQ(table.Remove("3"), 0); };
+    table.removeall();
+    EXPECT_THAT(table.released, UnorderedElementsAre(1, 2, 3));
+    EXPECT_EQ(table.Count(), 0);
 }
 
 TEST(VELSysHashTableTest, CaseIsRespectedOnlyWhereAskedFor) {
@@ -216,6 +310,17 @@ TEST(VELSysHashTableTest, AddUnderMemoryShortageChangesNothing) {
         EXPECT_EQ(table.Count(), shortage.HasFailed() ? 0 : 1);
     });
     EXPECT_EQ(refusals, 2);
+}
+
+TEST(VELSysHashTableTest, ReplaceUnderMemoryShortageChangesNothing) {
+    int numbers[2] = {};
+    VELSysHashTable table(3, -1);
+    table.Add("one", &numbers[0]);
+    SweepAllocations([&](const FailingAllocation& shortage) {
+        const int result = table.Replace("one", &numbers[1]);
+        EXPECT_EQ(result, shortage.HasFailed() ? -1 : 0);
+        EXPECT_EQ(table.Get("one"), &numbers[shortage.HasFailed() ? 0 : 1]);
+    });
 }
 
 TEST(VELSysHashTableTest, ATableWithoutMemoryForItsBucketsRefusesEverything) {

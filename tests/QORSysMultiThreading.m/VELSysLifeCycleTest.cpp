@@ -3,6 +3,7 @@
 #include "FailingAllocation.h"
 #include "QORMutex.h"
 #include "TestSupport.h"
+#include "VELSysThread.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -256,6 +257,122 @@ TEST(VELSysLifeCycleTest, LeavingWaitsForACallOnAnotherThread) {
     EXPECT_FALSE(s_isInSlowFunction);
     release.join();
     dispatcher.join();
+}
+
+/// Two modules, called on a thread each, whose functions take the other one out.
+struct LeavingPair {
+    template <int Number>
+    static void TakeOtherOut(int state) {
+        if (state == s_state + Number) {
+            ++s_inside;
+            WaitUntil([] { return s_inside == 2; });
+            s_results[Number] = VELSysLifeCycleGlobalFactoryInternalCheck(s_modules[1 - Number]);
+        } else if (state == s_state + 2) {
+            ++s_laterCalls;
+        }
+    }
+
+    static constexpr int s_state = 1000;
+    static inline VELSysLifeCycleStruct* s_modules[2];
+    static inline std::atomic<int> s_inside{0};
+    static inline std::atomic<int> s_results[2] = {7, 7};
+    static inline std::atomic<int> s_laterCalls{0};
+};
+
+TEST(VELSysLifeCycleTest, OfModulesThatTakeEachOtherOutOneIsNotWaitedFor) {
+    using Pair = LeavingPair;
+    Pair::s_modules[0] = VELSysLifeCycleGlobalFactoryInternal("first", nullptr, Pair::TakeOtherOut<0>, nullptr, 0);
+    Pair::s_modules[1] = VELSysLifeCycleGlobalFactoryInternal("second", nullptr, Pair::TakeOtherOut<1>, nullptr, 0);
+    RunAtOnce(2, [](int number) { VELSysLifeCycleDispatchStateChange(Pair::s_state + number); });
+    // The one that waited did so until the other one's function had returned.
+    EXPECT_EQ(Pair::s_results[0] + Pair::s_results[1], -1);
+    EXPECT_NE(Pair::s_results[0], Pair::s_results[1]);
+    // Both have left.
+    VELSysLifeCycleDispatchStateChange(Pair::s_state + 2);
+    EXPECT_EQ(Pair::s_laterCalls, 0);
+    EXPECT_EQ(VELSysLifeCycleGlobalFactoryInternalCheck(Pair::s_modules[0]), -1);
+    EXPECT_EQ(VELSysLifeCycleGlobalFactoryInternalCheck(Pair::s_modules[1]), -1);
+}
+
+/// A module whose function joins a thread that takes it out.
+struct JoiningModule {
+    static void JoinThread(int state) {
+        if (state == s_state) {
+            s_isInside = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(s_pauseBeforeJoin));
+            s_joined = s_thread.Join();
+        }
+    }
+    static int TakeOut(void*) {
+        WaitUntil([] { return s_isInside.load(); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(s_pauseBeforeLeave));
+        return VELSysLifeCycleGlobalFactoryInternalCheck(s_module);
+    }
+    static void Play() {
+        s_isInside = false;
+        s_module = VELSysLifeCycleGlobalFactoryInternal("joining", nullptr, JoinThread, nullptr, 0);
+        s_thread.SetFunction(TakeOut, nullptr, 0);
+        s_thread.Run();
+        VELSysLifeCycleDispatchStateChange(s_state);
+        EXPECT_EQ(s_thread.Join(), 0);
+        EXPECT_EQ(VELSysLifeCycleGlobalFactoryInternalCheck(s_module), -1);
+    }
+
+    static constexpr int s_state = 2000;
+    /// Which of the two waits begins last: in milliseconds, long enough for the other one to be under way.
+    static inline int s_pauseBeforeJoin = 0;
+    static inline int s_pauseBeforeLeave = 0;
+    static inline VELSysLifeCycleStruct* s_module = nullptr;
+    static inline VELSysThread s_thread;
+    static inline std::atomic<bool> s_isInside{false};
+    static inline int s_joined = 7;
+};
+
+TEST(VELSysLifeCycleTest, AModuleDoesNotWaitForItsFunctionThatJoinsTheLeavingThread) {
+    JoiningModule::s_pauseBeforeJoin = 0;
+    JoiningModule::s_pauseBeforeLeave = 100;
+    JoiningModule::Play();
+    EXPECT_EQ(JoiningModule::s_joined, 0);
+    EXPECT_EQ(JoiningModule::s_thread.GetResult(), -1);
+}
+
+TEST(VELSysLifeCycleTest, AFunctionDoesNotJoinAThreadOnWhichItsModuleIsLeaving) {
+    JoiningModule::s_pauseBeforeJoin = 100;
+    JoiningModule::s_pauseBeforeLeave = 0;
+    JoiningModule::Play();
+    EXPECT_EQ(JoiningModule::s_joined, -1);
+    EXPECT_EQ(JoiningModule::s_thread.GetResult(), 0);
+}
+
+TEST(VELSysLifeCycleTest, AThreadOnWhichAModuleLeftIsJoinedByTheOneThatCalledIt) {
+    // The joining thread comes from the module's function straight away, before the leaving one has noticed.
+    constexpr int state = 3000;
+    constexpr int rounds = 300;
+    static std::atomic<bool> s_isCalled;
+    static VELSysLifeCycleStruct* s_called;
+    for (int round = 0; round < rounds; ++round) {
+        s_isCalled = false;
+        s_called = VELSysLifeCycleGlobalFactoryInternal(
+            "called", nullptr,
+            [](int code) {
+                if (code == state) {
+                    s_isCalled = true;
+                    std::this_thread::sleep_for(std::chrono::microseconds(200));
+                }
+            },
+            nullptr, 0);
+        VELSysThread thread;
+        thread.SetFunction(
+            [](void*) {
+                WaitUntil([] { return s_isCalled.load(); });
+                return VELSysLifeCycleGlobalFactoryInternalCheck(s_called);
+            },
+            nullptr, 0);
+        thread.Run();
+        VELSysLifeCycleDispatchStateChange(state);
+        ASSERT_EQ(thread.Join(), 0);
+        ASSERT_EQ(thread.GetResult(), 0);
+    }
 }
 
 void Throw(int) {

@@ -112,6 +112,23 @@ TEST(VELSysProducerTest, MemoryShortageRefusesAMessage) {
     EXPECT_EQ(receiver.calls, 1);
 }
 
+TEST(VELSysProducerTest, TheDestructorSendsNothingMoreAfterASendThatWasRefused) {
+    Receiver receiver;
+    VELSysConsumer consumer;
+    {
+        VELSysProducer producer(&consumer, 2, Receiver::Receive, &receiver);
+        const FailingAllocation shortage(1);
+        EXPECT_EQ(producer.Send(nullptr), -1);
+    }
+    {
+        // Without the refused message this one is a request that its destructor sends.
+        const VELSysProducer producer(&consumer, 3, Receiver::Receive, &receiver);
+    }
+    consumer.Stop();
+    EXPECT_EQ(receiver.calls, 1);
+    EXPECT_EQ(receiver.code, 3);
+}
+
 TEST(VELSysProducerTest, ThreadsSendAtOnceThroughOneProducer) {
     constexpr int rounds = 500;
     Receiver receiver;

@@ -122,6 +122,20 @@ TEST(VELSysTSDataQueueTest, AWaitForRoomEndsWhenAnEntryGoes) {
     receiver.join();
 }
 
+TEST(VELSysTSDataQueueTest, AWaitForRoomEndsWhenInitGivesMore) {
+    VELSysTSDataQueue queue;
+    queue.Init(1, 0);
+    queue.PushLast(&s_numbers[0], -1);
+    std::thread setter([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(s_short));
+        EXPECT_EQ(queue.Init(2, 0), 0);
+    });
+    const Stopwatch watch;
+    EXPECT_EQ(queue.PushLast(&s_numbers[1], 6 * s_long), 0);
+    EXPECT_LT(watch.Elapsed(), s_promptly);
+    setter.join();
+}
+
 TEST(VELSysTSDataQueueTest, MemoryShortageRefusesAnEntryAndAQueue) {
     VELSysTSDataQueue queue;
     EXPECT_EQ(SweepAllocations([&](const FailingAllocation& shortage) {

@@ -125,21 +125,37 @@ TEST(VELSysThreadTest, TheThreadCannotJoinItself) {
 }
 
 TEST(VELSysThreadTest, OfThreadsThatJoinEachOtherOneIsRefused) {
-    // Three in a ring: each waits for the next.
-    VELSysThread threads[3];
+    // Three in a ring: each waits for the next, and begins when all are there.
+    struct Ring {
+        struct Member {
+            static int JoinNext(void* data) {
+                auto* const self = static_cast<Member*>(data);
+                ++self->ring->inside;
+                WaitUntil([self] { return self->ring->inside == 3; });
+                return self->next->Join();
+            }
+            VELSysThread thread;
+            VELSysThread* next = nullptr;
+            Ring* ring = nullptr;
+        };
+        Member members[3];
+        std::atomic<int> inside{0};
+    } ring;
     for (int number = 0; number < 3; ++number) {
-        threads[number].SetFunction([](void* next) { return static_cast<VELSysThread*>(next)->Join() == 0 ? 1 : 2; },
-                                    &threads[(number + 1) % 3], 0);
+        Ring::Member& member = ring.members[number];
+        member.next = &ring.members[(number + 1) % 3].thread;
+        member.ring = &ring;
+        member.thread.SetFunction(Ring::Member::JoinNext, &member, 0);
     }
-    for (VELSysThread& thread : threads) {
-        thread.Run();
+    for (Ring::Member& member : ring.members) {
+        member.thread.Run();
     }
-    for (VELSysThread& thread : threads) {
-        EXPECT_EQ(thread.Join(), 0);
+    int results = 0;
+    for (Ring::Member& member : ring.members) {
+        EXPECT_EQ(member.thread.Join(), 0);
+        results += member.thread.GetResult();
     }
-    for (VELSysThread& thread : threads) {
-        EXPECT_NE(thread.GetResult(), 0);
-    }
+    EXPECT_EQ(results, -1);
 }
 
 TEST(VELSysThreadTest, ARingOfJoinsIsBrokenByTheLastOne) {
@@ -170,6 +186,120 @@ TEST(VELSysThreadTest, ARingOfJoinsIsBrokenByTheLastOne) {
     EXPECT_EQ(pair.second.Join(), 0);
     EXPECT_EQ(pair.first.GetResult(), 0);
     EXPECT_EQ(pair.second.GetResult(), -1);
+}
+
+/// Joins a thread when the thread that it belongs to ends.
+struct ThreadLocalJoiner {
+    /// The thread's function: the object is to join `thread`, and the function ends when it `mayEnd`.
+    struct Order {
+        static int Take(void* order);
+
+        VELSysThread* thread;
+        std::atomic<bool> mayEnd{true};
+        std::atomic<bool> isJoining{false};
+        std::atomic<int> result{7};
+    };
+
+    ~ThreadLocalJoiner() {
+        if (order) {
+            order->isJoining = true;
+            order->result = order->thread->Join();
+        }
+    }
+
+    Order* order = nullptr;
+};
+
+thread_local ThreadLocalJoiner t_joiner;
+
+int ThreadLocalJoiner::Order::Take(void* order) {
+    auto* const self = static_cast<Order*>(order);
+    t_joiner.order = self;
+    WaitUntil([self] { return self->mayEnd.load(); });
+    return 3;
+}
+
+TEST(VELSysThreadTest, AThreadLocalObjectCannotJoinItsThread) {
+    VELSysThread thread;
+    ThreadLocalJoiner::Order order{&thread};
+    thread.SetFunction(ThreadLocalJoiner::Order::Take, &order, 0);
+    thread.Run();
+    // Nobody joins yet.
+    ASSERT_TRUE(WaitUntil([&] { return order.result != 7; }));
+    EXPECT_EQ(order.result, -1);
+    EXPECT_EQ(thread.Join(), 0);
+    EXPECT_EQ(thread.GetResult(), 3);
+}
+
+TEST(VELSysThreadTest, AThreadLocalObjectCannotJoinItsThreadThatAnotherOneJoins) {
+    VELSysThread thread;
+    ThreadLocalJoiner::Order order{&thread};
+    order.mayEnd = false;
+    thread.SetFunction(ThreadLocalJoiner::Order::Take, &order, 0);
+    thread.Run();
+    std::thread release([&] {
+        // Long enough for the join below to be under way.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        order.mayEnd = true;
+    });
+    EXPECT_EQ(thread.Join(), 0);
+    EXPECT_EQ(order.result, -1);
+    release.join();
+}
+
+TEST(VELSysThreadTest, AThreadLocalObjectAndTheThreadThatItJoinsDoNotWaitForEachOther) {
+    struct Pair {
+        VELSysThread first;
+        VELSysThread second;
+        ThreadLocalJoiner::Order order{&second};
+    } pair;
+    pair.first.SetFunction(ThreadLocalJoiner::Order::Take, &pair.order, 0);
+    pair.second.SetFunction(
+        [](void* data) {
+            auto* const self = static_cast<Pair*>(data);
+            WaitUntil([self] { return self->order.isJoining.load(); });
+            // Long enough for the first to be within its join.
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            return self->first.Join();
+        },
+        &pair, 0);
+    pair.second.Run();
+    pair.first.Run();
+    EXPECT_EQ(pair.first.Join(), 0);
+    EXPECT_EQ(pair.second.Join(), 0);
+    EXPECT_EQ(pair.order.result, 0);
+    EXPECT_EQ(pair.second.GetResult(), -1);
+}
+
+/// Destroys a thread's object when that thread ends.
+struct ThreadLocalOwner {
+    ~ThreadLocalOwner() {
+        delete thread;
+        if (isOver) {
+            *isOver = true;
+        }
+    }
+
+    VELSysThread* thread = nullptr;
+    std::atomic<bool>* isOver = nullptr;
+};
+
+thread_local ThreadLocalOwner t_owner;
+
+TEST(VELSysThreadTest, AThreadLocalObjectMayDestroyItsThreadsObject) {
+    struct Self {
+        static int HandOver(void* data) {
+            auto* const self = static_cast<Self*>(data);
+            t_owner.thread = self->thread;
+            t_owner.isOver = &self->isOver;
+            return 0;
+        }
+        VELSysThread* thread = new VELSysThread;
+        std::atomic<bool> isOver{false};
+    } self;
+    self.thread->SetFunction(Self::HandOver, &self, 0);
+    ASSERT_EQ(self.thread->Run(), 0);
+    EXPECT_TRUE(WaitUntil([&] { return self.isOver.load(); }));
 }
 
 TEST(VELSysThreadTest, SeveralThreadsMayJoin) {
@@ -251,7 +381,9 @@ TEST(VELSysThreadTest, AStackThatThePlatformCannotGiveIsRefused) {
     int number = 0;
     VELSysThread thread;
     thread.SetFunction(Increment, &number, 1UL << 60);
+    const long blocks = CountBlocks();
     EXPECT_EQ(thread.Run(), -1);
+    EXPECT_EQ(CountBlocks(), blocks);
     EXPECT_FALSE(thread.IsRunning());
     EXPECT_EQ(thread.Join(), 0);
     thread.SetFunction(Increment, &number, 0);

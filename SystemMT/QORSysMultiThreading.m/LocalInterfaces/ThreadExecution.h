@@ -25,7 +25,8 @@ public:
 
     /// Waits until the thread is gone; several threads may wait at once.
     /// @return 0, or -1, at once, when the calling thread would wait for itself: on the thread itself, and on one that
-    ///         it waits for, directly or through others.
+    ///         it waits for, directly or through others. Both hold until the thread is gone, in the destructors of its
+    ///         thread-local objects too.
     int Join();
 
     /// True until the function has returned.
@@ -40,10 +41,6 @@ private:
     /// The life of the thread. The object may be gone afterwards.
     void Run();
     int Create(unsigned long stackSize);
-    /// Notes that the calling thread waits for this one.
-    /// @return False when it would wait for itself.
-    bool BeginWait();
-    void EndWait();
     void Await();
 
     mutable std::mutex _mutex;
@@ -52,10 +49,9 @@ private:
     bool _isRunning = true;
     int _result = 0;
     pthread_t _thread{};
+    const unsigned long _threadNumber;
     int (*_function)(void*);
     void* _data;
-    /// The run that this one's thread is joining.
-    const ThreadExecution* _waitsFor = nullptr;
     /// The thread's own share, until it takes it.
     std::shared_ptr<ThreadExecution> _share;
 };

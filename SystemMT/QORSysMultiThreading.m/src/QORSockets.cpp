@@ -13,6 +13,9 @@
 
 namespace {
 
+/// How many bytes the platform is asked to move at once. A busy peer can keep it moving for as long as there are more.
+constexpr unsigned int s_largestPiece = 256U << 10;
+
 /// The end of the time that one call has.
 class Deadline {
 public:
@@ -48,26 +51,30 @@ int WaitUntilReady(int descriptor, short events, const Deadline& deadline) {
     }
 }
 
-/// Calls `transfer(done)`, which moves bytes or answers -1 with `errno` set and never blocks, until all of `size` bytes
-/// have been moved. A result of 0 ends the transfer with `errno` at 0.
+/// Calls `transfer(done, piece)`, which moves up to `piece` bytes or answers -1 with `errno` set and never blocks,
+/// until all of `size` bytes have been moved. A result of 0 ends the transfer with `errno` at 0.
 /// @param done  Counts the bytes.
 template <typename Transfer>
 int TransferAll(int descriptor, short events, int waitLimit, unsigned int size, unsigned int* done, Transfer transfer) {
     const Deadline deadline(waitLimit);
     while (*done < size) {
-        const ssize_t moved = transfer(*done);
-        if (moved > 0) {
-            *done += static_cast<unsigned int>(moved);
-            continue;
-        }
+        const ssize_t moved = transfer(*done, std::min(size - *done, s_largestPiece));
         if (moved == 0) {
             errno = 0;
             return -1;
         }
-        if (errno == EINTR) {
-            continue;
+        if (moved > 0) {
+            *done += static_cast<unsigned int>(moved);
+        } else if (errno == EAGAIN) {
+            if (WaitUntilReady(descriptor, events, deadline) != 0) {
+                return -1;
+            }
+        } else if (errno != EINTR) {
+            return -1;
         }
-        if (errno != EAGAIN || WaitUntilReady(descriptor, events, deadline) != 0) {
+        // Also where the platform never says that there is nothing to do.
+        if (*done < size && deadline.GetRemaining() == 0) {
+            errno = ETIMEDOUT;
             return -1;
         }
     }
@@ -154,16 +161,17 @@ int QORSockets::Close() {
 
 int QORSockets::Send(const void* data, unsigned int size) {
     unsigned int sent = 0;
-    return TransferAll(_descriptor, POLLOUT, _waitLimit, size, &sent, [this, data, size](unsigned int done) {
-        return send(_descriptor, static_cast<const char*>(data) + done, size - done, MSG_NOSIGNAL | MSG_DONTWAIT);
-    });
+    return TransferAll(
+        _descriptor, POLLOUT, _waitLimit, size, &sent, [this, data](unsigned int done, unsigned int piece) {
+            return send(_descriptor, static_cast<const char*>(data) + done, piece, MSG_NOSIGNAL | MSG_DONTWAIT);
+        });
 }
 
 int QORSockets::Receive(void* data, unsigned int size, unsigned int* received) {
     unsigned int count = 0;
     const int result =
-        TransferAll(_descriptor, POLLIN, _waitLimit, size, &count, [this, data, size](unsigned int done) {
-            return recv(_descriptor, static_cast<char*>(data) + done, size - done, MSG_DONTWAIT);
+        TransferAll(_descriptor, POLLIN, _waitLimit, size, &count, [this, data](unsigned int done, unsigned int piece) {
+            return recv(_descriptor, static_cast<char*>(data) + done, piece, MSG_DONTWAIT);
         });
     if (received) {
         *received = count;

@@ -1,21 +1,13 @@
 #include "ThreadExecution.h"
 
+#include "ThreadWait.h"
+
 #include <algorithm>
 #include <climits>
 #include <new>
 #include <utility>
 
 namespace VEL::internal {
-
-namespace {
-
-/// The run that the calling thread is, null on threads that were started elsewhere.
-thread_local ThreadExecution* t_current = nullptr;
-
-/// Guards who waits for whom, over all runs.
-constinit std::mutex s_waitMutex;
-
-} // namespace
 
 std::shared_ptr<ThreadExecution> ThreadExecution::Launch(int (*function)(void*), void* data, unsigned long stackSize) {
     try {
@@ -32,14 +24,14 @@ std::shared_ptr<ThreadExecution> ThreadExecution::Launch(int (*function)(void*),
     }
 }
 
-ThreadExecution::ThreadExecution(int (*function)(void*), void* data) : _function(function), _data(data) {}
+ThreadExecution::ThreadExecution(int (*function)(void*), void* data)
+    : _threadNumber(ReserveThreadNumber()), _function(function), _data(data) {}
 
 ThreadExecution::~ThreadExecution() {
-    if (_joinState == JoinState::Done) {
-        return;
+    // The creator keeps its share until the identity is stored, so it is there on the thread itself too.
+    if (_joinState != JoinState::Done) {
+        pthread_detach(_thread);
     }
-    // The thread may be here before its creator has stored the identity.
-    pthread_detach(t_current == this ? pthread_self() : _thread);
 }
 
 int ThreadExecution::Create(unsigned long stackSize) {
@@ -60,14 +52,13 @@ int ThreadExecution::Create(unsigned long stackSize) {
 }
 
 void* ThreadExecution::Main(void* execution) {
-    t_current = static_cast<ThreadExecution*>(execution);
-    t_current->Run();
-    t_current = nullptr;
+    static_cast<ThreadExecution*>(execution)->Run();
     return nullptr;
 }
 
 void ThreadExecution::Run() {
     const std::shared_ptr<ThreadExecution> self = std::move(_share);
+    TakeThreadNumber(_threadNumber);
     const int result = _function(_data);
     const std::lock_guard lock(_mutex);
     _result = result;
@@ -75,32 +66,12 @@ void ThreadExecution::Run() {
 }
 
 int ThreadExecution::Join() {
-    if (!BeginWait()) {
+    const ThreadWait wait(_threadNumber);
+    if (!wait.IsUnderWay()) {
         return -1;
     }
     Await();
-    EndWait();
     return 0;
-}
-
-bool ThreadExecution::BeginWait() {
-    const std::lock_guard lock(s_waitMutex);
-    for (const ThreadExecution* execution = this; execution; execution = execution->_waitsFor) {
-        if (execution == t_current) {
-            return false;
-        }
-    }
-    if (t_current) {
-        t_current->_waitsFor = this;
-    }
-    return true;
-}
-
-void ThreadExecution::EndWait() {
-    if (t_current) {
-        const std::lock_guard lock(s_waitMutex);
-        t_current->_waitsFor = nullptr;
-    }
 }
 
 void ThreadExecution::Await() {
@@ -111,6 +82,7 @@ void ThreadExecution::Await() {
     }
     _joinState = JoinState::UnderWay;
     lock.unlock();
+    // Cannot fail: the thread is not the calling one, and nobody else joins or detaches it.
     pthread_join(_thread, nullptr);
     lock.lock();
     _joinState = JoinState::Done;

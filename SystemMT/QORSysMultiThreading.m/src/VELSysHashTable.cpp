@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <utility>
 
 struct VELSysHashTable::Node {
     std::unique_ptr<char[]> key;
@@ -64,13 +65,18 @@ unsigned int VELSysHashTable::ChildHashFunction(const char* key) {
 }
 
 int VELSysHashTable::Add(const char* key, void* value) {
-    if (!key || !_buckets) {
+    // A known key is refused before a copy is made, which some derived classes could not release alone.
+    if (!key || !_buckets || *LinkOf(key)) {
         return -1;
     }
-    Node** const link = LinkOf(key);
-    if (*link) {
-        return -1;
-    }
+    return Store(key, value, false);
+}
+
+int VELSysHashTable::Replace(const char* key, void* value) {
+    return key && _buckets ? Store(key, value, true) : -1;
+}
+
+int VELSysHashTable::Store(const char* key, void* value, bool replaces) {
     std::unique_ptr<Node> node(new (std::nothrow) Node{CopyText(key), nullptr, nullptr});
     if (!node || !node->key) {
         return -1;
@@ -79,27 +85,18 @@ int VELSysHashTable::Add(const char* key, void* value) {
     if (value && !node->value) {
         return -1;
     }
-    *link = node.release();
-    ++_count;
-    return 0;
-}
-
-int VELSysHashTable::Replace(const char* key, void* value) {
-    if (!key || !_buckets) {
-        return -1;
+    // Only now: the copying may have changed the table, and `key` may have stood in it.
+    Node** const link = LinkOf(node->key.get());
+    if (!*link) {
+        *link = node.release();
+        ++_count;
+        return 0;
     }
-    Node* const node = *LinkOf(key);
-    if (!node) {
-        return Add(key, value);
+    if (replaces) {
+        std::swap((*link)->value, node->value);
     }
-    void* const copy = ChildCopyItem(value);
-    if (value && !copy) {
-        return -1;
-    }
-    void* const former = node->value;
-    node->value = copy;
-    ChildDeleteItem(former);
-    return 0;
+    ChildDeleteItem(node->value);
+    return replaces ? 0 : -1;
 }
 
 void* VELSysHashTable::Get(const char* key) {
@@ -143,11 +140,11 @@ void VELSysHashTable::removeall() {
     if (!_buckets) {
         return;
     }
-    _count = 0;
     for (unsigned int bucket = 0; bucket < _bucketCount; ++bucket) {
         while (_buckets[bucket]) {
             const std::unique_ptr<Node> node(_buckets[bucket]);
             _buckets[bucket] = node->next;
+            --_count;
             ChildDeleteItem(node->value);
         }
     }

@@ -2,6 +2,7 @@
 
 #include "LibraryLoader.h"
 #include "NeverDestroyed.h"
+#include "ThreadWait.h"
 
 #include <algorithm>
 #include <compare>
@@ -12,7 +13,8 @@
 #include <mutex>
 #include <new>
 #include <string>
-#include <thread>
+
+using VEL::internal::ThreadWait;
 
 namespace {
 
@@ -71,8 +73,10 @@ private:
         ~RunningCall();
 
         const unsigned long sequence;
-        const std::thread::id thread;
+        const unsigned long thread;
         RunningCall* next;
+        /// The wait of the thread on which the module leaves, null as long as there is none.
+        ThreadWait* wait;
 
     private:
         Registry& _registry;
@@ -80,7 +84,8 @@ private:
     };
 
     Participants::const_iterator Next(Order order, const Place* last) const;
-    bool RunsElsewhere(unsigned long sequence) const;
+    /// @return A call of the participant on another thread, or null.
+    RunningCall* FindCallElsewhere(unsigned long sequence) const;
 
     std::mutex _mutex;
     std::condition_variable _callEnded;
@@ -116,7 +121,15 @@ int Registry::UnregisterModule(const VELSysLifeCycleStruct* module) {
     }
     const unsigned long sequence = found->first.sequence;
     _participants.erase(found);
-    _callEnded.wait(lock, [this, sequence] { return !RunsElsewhere(sequence); });
+    // No further call begins, so these become fewer, and a module leaves but once.
+    while (RunningCall* const call = FindCallElsewhere(sequence)) {
+        ThreadWait wait(call->thread);
+        if (!wait.IsUnderWay()) {
+            return -1;
+        }
+        call->wait = &wait;
+        _callEnded.wait(lock, [&wait] { return !wait.IsUnderWay(); });
+    }
     return 0;
 }
 
@@ -147,8 +160,8 @@ Registry::Participants::const_iterator Registry::Next(Order order, const Place* 
 }
 
 Registry::RunningCall::RunningCall(Registry& registry, std::unique_lock<std::mutex>& lock, unsigned long calledSequence)
-    : sequence(calledSequence), thread(std::this_thread::get_id()), next(registry._runningCalls), _registry(registry),
-      _lock(lock) {
+    : sequence(calledSequence), thread(VEL::internal::GetThreadNumber()), next(registry._runningCalls), wait(nullptr),
+      _registry(registry), _lock(lock) {
     _registry._runningCalls = this;
     _lock.unlock();
 }
@@ -160,16 +173,18 @@ Registry::RunningCall::~RunningCall() {
         link = &(*link)->next;
     }
     *link = next;
-    _registry._callEnded.notify_all();
+    if (wait) {
+        wait->End();
+        _registry._callEnded.notify_all();
+    }
 }
 
-bool Registry::RunsElsewhere(unsigned long sequence) const {
-    for (const RunningCall* call = _runningCalls; call; call = call->next) {
-        if (call->sequence == sequence && call->thread != std::this_thread::get_id()) {
-            return true;
-        }
+Registry::RunningCall* Registry::FindCallElsewhere(unsigned long sequence) const {
+    RunningCall* call = _runningCalls;
+    while (call && (call->sequence != sequence || call->thread == VEL::internal::GetThreadNumber())) {
+        call = call->next;
     }
-    return false;
+    return call;
 }
 
 int DispatchState(Order order, int state) {
