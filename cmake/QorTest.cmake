@@ -15,6 +15,8 @@ function(qor_add_test name)
   target_include_directories(${name} PRIVATE
     ${PROJECT_SOURCE_DIR}/SystemTS/QORSysTS00.m/LocalInterfaces ${ARG_PRIVATE_INCLUDE})
   target_link_libraries(${name} PRIVATE ${ARG_LINK} qor_test_support)
+  # Tests are many and run once: they are built for a quick build.
+  target_compile_options(${name} PRIVATE -O1 -g1)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 ${ARG_PROPERTIES})
 endfunction()
 

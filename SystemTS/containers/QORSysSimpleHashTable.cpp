@@ -9,7 +9,7 @@
 namespace {
 
 constexpr int MinimumBuckets = 11;
-/// Below this size the constructor gives up asking for less.
+/// Without memory the constructor halves a size of this or more; a smaller one falls to the fewest buckets at once.
 constexpr int SmallestHalvedSize = 42;
 /// A table with fewer elements than this never shrinks.
 constexpr int SmallestShrinkingCount = 12;
@@ -33,9 +33,7 @@ int QORSysSimpleHashTable::UpToNiceModulo(int n) {
             ++next;
             continue;
         }
-        if (n >= INT_MAX - 1) {
-            return n;
-        }
+        // The largest int is a prime, so no step leads beyond it.
         ++n;
         if (n % 2 == 0) {
             ++n;
@@ -54,7 +52,7 @@ QORSysSimpleHashTable::QORSysSimpleHashTable(int size, Hash hash, Compare compar
     };
     _bucketCount = bucketsFor(size);
     while (!_Allocate() && _bucketCount > MinimumBuckets) {
-        size = size >= SmallestHalvedSize ? size / 2 : 0;
+        size = size >= SmallestHalvedSize ? size / 2 : MinimumBuckets;
         _bucketCount = bucketsFor(size);
     }
     if (_table == nullptr) {

@@ -7,6 +7,8 @@
 
 #include <new>
 
+class QORSysTSVectorOfUnicodeString;
+
 /// Unicode text with the operation set of the thread-safe interfaces: the same handle, block and guarantees as
 /// QORUnicodeString, no implicit conversion to pointers, failures as status codes, ranges by start and end.
 class QORSYSTS_EXPORT QORSysTSUnicodeString {
@@ -27,6 +29,8 @@ public:
     QORSysTSUnicodeString(const wchar_t* s);
     /// `n` UTF-16 units; null counts as none.
     QORSysTSUnicodeString(const unsigned short* s, int n);
+    /// SubString() of `s`.
+    QORSysTSUnicodeString(const QORSysTSUnicodeString& s, int start, int end);
     /// Gives the block up and leaves a null handle.
     QORSYSTS_INLINE ~QORSysTSUnicodeString() {
         VEL::internal::DropHandle(_text);
@@ -79,6 +83,60 @@ public:
     const unsigned short* GetBinDump(unsigned int& byteCount) const;
     /// The hash of the text, as QORUnicodeString::ComputeHashKey().
     unsigned int HashFunc() const;
+
+    /// Appends the text of `s`, as QORUnicodeString::Append().
+    QORSysTSUnicodeString& Append(const QORSysTSUnicodeString& s);
+    /// Appends several texts at once, in the main representation of this string: to a narrow string, a wide text is
+    /// appended as narrow text.
+    QORSysTSUnicodeString& Append(const QORSysTSUnicodeString& a, const QORSysTSUnicodeString& b);
+    QORSysTSUnicodeString& Append(const QORSysTSUnicodeString& a, const QORSysTSUnicodeString& b,
+                                  const QORSysTSUnicodeString& c);
+    /// Appends what stands in `s` from `start` up to but not including `end`: units, or bytes when this string is
+    /// narrow. An empty string becomes `s.SubString(start, end)`. A range that is empty or not within `s` appends
+    /// nothing.
+    QORSysTSUnicodeString& Append(const QORSysTSUnicodeString& s, int start, int end);
+    /// Inserts `s` in front of the unit at `pos`. @return As ReplaceRange().
+    int Insert(int pos, const QORSysTSUnicodeString& s);
+    /// Inserts what stands in `s` from `start` up to but not including `end`. @return 0, or VEL::StatusFailure when
+    /// nothing was inserted.
+    int Insert(int pos, const QORSysTSUnicodeString& s, int start, int end);
+    /// Replaces the units from `start` up to but not including `end` by `s`; the string becomes wide. @return 0, or
+    /// VEL::StatusFailure for a null handle or a range that is not within the string, which change nothing.
+    int ReplaceRange(int start, int end, const QORSysTSUnicodeString& s);
+    /// Replaces the first occurrence of `what` at or behind `start`. @return Its position, or -1 when there is none.
+    int ReplaceSubString(const QORSysTSUnicodeString& what, const QORSysTSUnicodeString& with, int start);
+    /// Replaces all occurrences of `what` that don't overlap, from left to right; the string becomes wide. An empty
+    /// `what` and no occurrence change nothing.
+    QORSysTSUnicodeString& ReplaceAll(const QORSysTSUnicodeString& what, const QORSysTSUnicodeString& with);
+    /// The units from `start` up to but not including `end`, wide. Empty when the range is not within the string;
+    /// deliberately, the length of a narrow string counts in bytes there.
+    QORSysTSUnicodeString SubString(int start, int end) const;
+    /// The position of `what` at or behind `start`, or -1; also for an empty `what`, a null handle and a `start` that
+    /// is not within the string.
+    int SearchSubString(const QORSysTSUnicodeString& what, int start) const;
+    /// The last position of `what` that ends at least `start` units in front of the end, or -1.
+    int SearchSubStringBackward(const QORSysTSUnicodeString& what, int start) const;
+    /// True when `what` stands at `pos`. An empty `what` stands everywhere within the string.
+    bool IsSubStringAt(int pos, const QORSysTSUnicodeString& what) const;
+    /// The pieces between occurrences of `separator`, as VEL::Split(). `out` is cleared first.
+    void Split(const QORSysTSUnicodeString& separator, QORSysTSVectorOfUnicodeString& out) const;
+    /// As QORUnicodeString::ToUpper().
+    QORSysTSUnicodeString& ToUpper();
+    /// As QORUnicodeString::ToLower().
+    QORSysTSUnicodeString& ToLower();
+    /// Makes room for `n` units of the main representation, as before several calls of Append(). An `n` below 1 resets
+    /// the string.
+    void SetCapacity(int n);
+    /// An ordering of the texts in the environment's code page, by their bytes.
+    /// @param ignoreCase  0: as `strcmp`; otherwise as `strcasecmp`.
+    int Compare(const QORSysTSUnicodeString& other, unsigned char ignoreCase) const;
+    // Equality and ordering as of QORUnicodeString.
+    bool operator==(const QORSysTSUnicodeString& other) const;
+    bool operator!=(const QORSysTSUnicodeString& other) const;
+    bool operator<(const QORSysTSUnicodeString& other) const;
+    bool operator<=(const QORSysTSUnicodeString& other) const;
+    bool operator>(const QORSysTSUnicodeString& other) const;
+    bool operator>=(const QORSysTSUnicodeString& other) const;
 
     /// Builds in storage that the caller provides, as the generated containers do.
     QORSYSTS_INLINE static void* operator new(unsigned long, void* where) noexcept { return where; }

@@ -6,6 +6,9 @@
 #include "QORSysTSExport.h"
 #include "QORSysTSUnicodeString.h"
 #include "QORUnicodeString.h"
+#include "VELStringIteration.h"
+
+class VELVectorOfUnicodeString;
 
 namespace VEL {
 
@@ -60,6 +63,17 @@ QORSYSTS_EXPORT QORUnicodeString QUSFrom(const char16_t* s, unsigned long n, int
 QORSYSTS_EXPORT QORUnicodeString QUSFrom(const unsigned short* s, unsigned long n, int* err);
 /// A string of `n` elements of 32-bit wide text.
 QORSYSTS_EXPORT QORUnicodeString QUSFrom(const wchar_t* s, unsigned long n, int* err);
+
+/// The pieces of `s` between occurrences of `separator`, and the rest behind the last. An empty `separator` never
+/// occurs; an empty `s` is one empty piece. `out` is cleared first.
+QORSYSTS_EXPORT void Split(const QORUnicodeString& s, const QORUnicodeString& separator, VELVectorOfUnicodeString& out);
+
+/// True when `s.SubString(pos, length of what)` equals `what`.
+QORSYSTS_EXPORT bool IsSubStringAt(const QORUnicodeString& s, int pos, const QORUnicodeString& what);
+
+/// Compares by the collation of the C locale: `strcoll` of the narrow texts.
+/// @return -1 for a null handle of `a`, 1 for one of `b`.
+QORSYSTS_EXPORT int StrCollate(const QORUnicodeString& a, const QORUnicodeString& b);
 
 namespace internal {
 

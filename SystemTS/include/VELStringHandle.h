@@ -10,12 +10,12 @@
 
 #include <sys/single_threaded.h>
 
-// Members that callers inline are also names of the library; the source file that owns them says so by defining
-// QORSYSTS_EMIT_STRING_MEMBERS.
+// Members that callers inline are also names of the library, whether the compiler inlines them or not; the source file
+// that owns them says so by defining QORSYSTS_EMIT_STRING_MEMBERS.
 #ifdef QORSYSTS_EMIT_STRING_MEMBERS
 #define QORSYSTS_INLINE __attribute__((used)) QORSYSTS_EXPORT inline
 #else
-#define QORSYSTS_INLINE inline
+#define QORSYSTS_INLINE QORSYSTS_EXPORT inline
 #endif
 
 namespace VEL::internal {

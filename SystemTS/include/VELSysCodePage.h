@@ -51,6 +51,29 @@ public:
     /// @return The number of bytes written, without the terminator.
     int ConvertUTF16ToMBCS(const unsigned short* src, int length, char* dst, int* written) const;
 
+    /// Tells whether each character of `length` units survives the way to the code page and back.
+    /// @return 0 when all do, also for a null `src`; -1 when one doesn't.
+    int CanConvertUTF16ToMBCS(const unsigned short* src, int length) const;
+    /// Tells whether each character of `length` bytes survives the way to UTF-16 and back.
+    /// @return 0 when all do, also for a null `src`; -1 when one doesn't.
+    int CanConvertMBCSToUTF16(const char* src, unsigned long length) const;
+
+    /// Takes one character of a text of `left` bytes and moves `src` and `left` past it. Bytes that can't be decoded
+    /// are passed over one by one, so that a caller's loop ends. Nothing is read behind the `left` bytes; their end
+    /// counts as a zero byte there.
+    /// @param out  Receives the character; target of 2 units.
+    /// @return The units written, 1 or 2; 0 for a byte that can't be decoded, which the UTF-8 way gives as code 0
+    /// instead.
+    int GetNextMultiByteCharAsUTF16(unsigned short* out, const char*& src, unsigned long& left) const;
+    /// GetNextMultiByteCharAsUTF16() with a code point as the result.
+    /// @param out  Receives the code point, unless the result is 0.
+    /// @return The number of UTF-16 units, 1 or 2, or 0; always 1 on the UTF-8 way.
+    int GetNextMultiByteCharAsUTF32(unsigned int& out, const char*& src, unsigned long& left) const;
+    /// GetNextMultiByteCharAsUTF16() with UTF-8 as the result. The UTF-8 way copies what it consumes, unchecked.
+    /// @param out  Receives the bytes, without a terminator; target of 4 bytes.
+    /// @return The number of bytes, 1 to 4, or 0.
+    int GetNextMultiByteCharAsUTF8(char* out, const char*& src, unsigned long& left) const;
+
     /// The process-wide converter of the environment's code page. Lock-free once it is published; a converter that is
     /// replaced by a change of language stays usable for the rest of the process.
     static const VELSysCodePage& GetEnvConverter();
@@ -86,8 +109,8 @@ private:
     ToUTF16 _toUTF16 = nullptr;
     FromUTF16 _fromUTF16 = nullptr;
     char* _locale = nullptr;
-    IConvDesc_t _toUTF16Descriptor = -1;
-    IConvDesc_t _fromUTF16Descriptor = -1;
+    [[maybe_unused]] IConvDesc_t _toUTF16Descriptor = -1;
+    [[maybe_unused]] IConvDesc_t _fromUTF16Descriptor = -1;
     int _maxCharSize = 0;
     bool _isUTF8 = false;
 };

@@ -2,19 +2,24 @@
 //
 //   codepage_audit FILE...
 //
-// One line per file: bytes, UTF-16 code units, code points, hash, whether the bytes are valid UTF-8, and whether the
-// way to UTF-16 and back gives the same bytes. The exit code is 0 when every file could be read, otherwise 1.
+// One line per file: bytes, UTF-16 code units, code points, hash, lines, words, whether the bytes are valid UTF-8, and
+// whether the way to UTF-16 and back gives the same bytes. Then the ten most frequent words of all files. The exit code
+// is 0 when every file could be read, otherwise 1.
 
 #include "QORSysTS.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace {
+
+constexpr int MostFrequent = 10;
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -55,13 +60,62 @@ bool SurvivesUTF16(const QORUnicodeString& text) {
                0;
 }
 
-void Audit(const char* path, const std::string& content) {
+int CountLines(const QORUnicodeString& text) {
+    VELVectorOfUnicodeString lines;
+    VEL::Split(text, QORUnicodeString("\n"), lines);
+    // Behind the last line feed no line has to follow.
+    QORUnicodeString last;
+    lines.Get(lines.GetLength() - 1, last);
+    return lines.GetLength() - (last.IsEmpty() ? 1 : 0);
+}
+
+/// Adds the words of a text, in lower case and without punctuation around them. @return Their number.
+int CollectWords(const QORUnicodeString& text, VELVectorOfUnicodeString& words) {
+    const int before = words.GetLength();
+    QORToken tokens(text, 0);
+    unsigned char found = 0;
+    const QORUnicodeString delimiters(" \t\r\n.,;:!?()[]{}<>\"'`*#|/\\=+-");
+    for (QORUnicodeString word = tokens.GetNextToken(delimiters, &found); found != 0;
+         word = tokens.GetNextToken(delimiters, &found)) {
+        words.PutBack(word.ToLower());
+    }
+    return words.GetLength() - before;
+}
+
+struct Frequency {
+    QORUnicodeString word;
+    int count;
+};
+
+void PrintMostFrequent(VELVectorOfUnicodeString& words) {
+    words.Sort([](const QORUnicodeString* a, const QORUnicodeString* b) { return a->SortCompare(*b); });
+    std::vector<Frequency> frequencies;
+    for (int i = 0; i < words.GetLength(); ++i) {
+        const QORUnicodeString& word = *words.GetAsPtr(i);
+        if (frequencies.empty() || frequencies.back().word != word) {
+            frequencies.push_back({word, 0});
+        }
+        ++frequencies.back().count;
+    }
+    const auto shown = std::min<std::size_t>(MostFrequent, frequencies.size());
+    std::partial_sort(frequencies.begin(), frequencies.begin() + static_cast<std::ptrdiff_t>(shown), frequencies.end(),
+                      [](const Frequency& a, const Frequency& b) {
+                          return a.count != b.count ? a.count > b.count : a.word < b.word;
+                      });
+    for (std::size_t i = 0; i < shown; ++i) {
+        std::printf("%8d  %s\n", frequencies[i].count, frequencies[i].word.ConvertToChar());
+    }
+}
+
+void Audit(const char* path, const std::string& content, VELVectorOfUnicodeString& words) {
     const QORUnicodeString text(content.data(), content.size());
     const char* bytes = content.data();
     const bool isUTF8 = VELSysUCAlgorithm::IsUTF8(bytes, content.size()) == 0;
-    std::printf("%s: %zu bytes, %d code units, %lu code points, hash %08x, %s UTF-8, UTF-16 and back: %s", path,
-                content.size(), text.GetLengthInChar(), CountCodePoints(text), text.ComputeHashKey(),
-                isUTF8 ? "valid" : "not valid", SurvivesUTF16(text) ? "the same" : "differs");
+    std::printf("%s: %zu bytes, %d code units, %lu code points, hash %08x, %d lines, %d words, %s UTF-8, "
+                "UTF-16 and back: %s",
+                path, content.size(), text.GetLengthInChar(), CountCodePoints(text), text.ComputeHashKey(),
+                CountLines(text), CollectWords(text, words), isUTF8 ? "valid" : "not valid",
+                SurvivesUTF16(text) ? "the same" : "differs");
     // Narrow text ends at its first zero byte.
     if (static_cast<std::size_t>(text.GetLengthInByte()) < content.size()) {
         std::printf(", zero byte at %d", text.GetLengthInByte());
@@ -77,15 +131,17 @@ int main(int argc, char** argv) {
         return 2;
     }
     QORSysNewSessionTS(0, 0, nullptr);
+    VELVectorOfUnicodeString words;
     int unread = 0;
     for (int i = 1; i < argc; ++i) {
         if (const std::optional<std::string> content = ReadFile(argv[i])) {
-            Audit(argv[i], *content);
+            Audit(argv[i], *content, words);
         } else {
             std::fprintf(stderr, "%s: cannot be read: %s\n", argv[i], std::strerror(errno));
             ++unread;
         }
     }
+    PrintMostFrequent(words);
     std::printf("%d of %d files audited\n", argc - 1 - unread, argc - 1);
     QORSysEndSessionTS(0);
     return unread == 0 ? 0 : 1;

@@ -16,6 +16,19 @@ thread_local int t_firstToFail = 0;
 thread_local HeapShortage::Extent t_extent = HeapShortage::OnlyThatOne;
 thread_local bool t_hasStruck = false;
 thread_local std::function<void()>* t_insideNextRequest = nullptr;
+/// What a log asks for itself is nobody's request.
+thread_local bool t_isLogging = false;
+
+class Logging {
+public:
+    explicit Logging(std::mutex& mutex) : _lock(mutex) { t_isLogging = true; }
+    Logging(const Logging&) = delete;
+    Logging& operator=(const Logging&) = delete;
+    ~Logging() { t_isLogging = false; }
+
+private:
+    std::lock_guard<std::mutex> _lock;
+};
 
 bool IsRefused() {
     if (t_firstToFail == 0) {
@@ -70,33 +83,33 @@ HeapLog::~HeapLog() {
 }
 
 std::vector<std::size_t> HeapLog::Requests() const {
-    const std::lock_guard lock(_mutex);
+    const Logging logging(_mutex);
     return _requests;
 }
 
 std::vector<const void*> HeapLog::Freed() const {
-    const std::lock_guard lock(_mutex);
+    const Logging logging(_mutex);
     return _freed;
 }
 
 bool HeapLog::HasFreed(const void* block) const {
-    const std::lock_guard lock(_mutex);
+    const Logging logging(_mutex);
     return std::ranges::find(_freed, block) != _freed.end();
 }
 
 std::size_t HeapLog::Live() const {
-    const std::lock_guard lock(_mutex);
+    const Logging logging(_mutex);
     return _live.size();
 }
 
 void HeapLog::RecordTaken(const void* block, std::size_t size) {
-    const std::lock_guard lock(_mutex);
+    const Logging logging(_mutex);
     _requests.push_back(size);
     _live.push_back(block);
 }
 
 void HeapLog::RecordFreed(const void* block) {
-    const std::lock_guard lock(_mutex);
+    const Logging logging(_mutex);
     _freed.push_back(block);
     std::erase(_live, block);
 }
@@ -114,6 +127,10 @@ HeapShortage::~HeapShortage() {
 
 bool HeapShortage::HasStruck() {
     return t_hasStruck;
+}
+
+bool HeapShortage::Refuses() {
+    return !t_isLogging && IsRefused();
 }
 
 void InsideNextRequest(std::function<void()> action) {

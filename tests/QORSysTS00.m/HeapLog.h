@@ -46,6 +46,9 @@ public:
 
     /// True when a request was refused.
     static bool HasStruck();
+
+    /// Counts a request that reaches the heap by another way than `malloc`. True when it must be refused.
+    static bool Refuses();
 };
 
 /// Runs `action` inside the next request of this thread.

@@ -145,6 +145,17 @@ TEST(QORInterUnicodeString, TheEmptyBlockIsNarrowAndHasAnEmptyView) {
     EXPECT_EQ(empty->_GetMBCSLength(), 0);
 }
 
+TEST(QORInterUnicodeString, ClearingMakesTheEmptyViewAnEmptyText) {
+    const Str::View view = Str::Empty()->_secondView;
+    view->_length = 5;
+    view->_text[0] = 0x4142;
+    view->_text[1] = 0x4344;
+    VEL::internal::ClearEmptyView();
+    EXPECT_EQ(view->_length, 0);
+    EXPECT_EQ(view->UTF16()[0], 0);
+    EXPECT_STREQ(view->Narrow(), "");
+}
+
 TEST(QORInterUnicodeString, TheEmptyBlockIsNeitherCountedNorFreed) {
     const HeapLog log;
     EXPECT_EQ(Str::_Release(Str::Empty()), -1);
@@ -415,6 +426,23 @@ TEST_P(EnsureOfEither, ASharedBlockOfNoRoomIsTheEmptyBlock) {
     EXPECT_EQ(shared->_refCount, 1);
 }
 
+TEST_P(EnsureOfEither, ANegativeRoomIsNone) {
+    for (const int length : {-1, -1000, INT_MIN}) {
+        for (const bool grow : {false, true}) {
+            for (const bool keep : {false, true}) {
+                const Owner shared(Digits(GetParam()));
+                Share(shared.Get());
+                EXPECT_EQ(Call(shared.Get(), length, keep, grow), Str::Empty());
+                EXPECT_EQ(shared->_refCount, 1);
+                EXPECT_EQ(DigitsOf(shared.Get()), "0123456789");
+                EXPECT_EQ(Call(shared.Get(), length, keep, grow), shared.Get()) << "alone, it has room for none";
+                EXPECT_EQ(DigitsOf(shared.Get()), "0123456789");
+                EXPECT_EQ(Call(Str::Empty(), length, keep, grow), Str::Empty());
+            }
+        }
+    }
+}
+
 TEST_P(EnsureOfEither, TheEmptyBlockIsAlwaysTooSmall) {
     for (const bool grow : {false, true}) {
         const Owner kept(Call(Str::Empty(), 10, true, grow));
@@ -529,6 +557,12 @@ TEST_P(Hash, IsThatOfTheUTF16TextWhateverTheRepresentation) {
     const Owner accentedWide(NewWide(u"\u00e9\u00e8!"));
     EXPECT_EQ(accented->_GetHash(), accentedWide->_GetHash());
     EXPECT_EQ(accentedWide->_GetHash(), (0xe9u * 37 + 0xe8) * 37 + '!');
+}
+
+// In UTF-8 the two ways of hashing bytes differ in damage at the end of a text.
+TEST_P(Hash, OfACutOffCharacterDependsOnTheCodePage) {
+    const Owner block(NewNarrow("a\xC3"));
+    EXPECT_EQ(block->_GetHash(), IsUTF8() ? 'a' * 37u + 0xC0 : 'a' * 37u + 0xC3);
 }
 
 TEST_P(Hash, KeepsThirtyOneBits) {

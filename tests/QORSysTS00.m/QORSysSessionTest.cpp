@@ -40,8 +40,9 @@ Participant ParticipantOf(unsigned int priority) {
 // Loading.
 
 TEST(Load, RunsItsStepsInOrderAndNoParticipant) {
-    EXPECT_THAT(Log(), ElementsAre("ClearEmptyView", "getenv QORDevelopmentStage", "QORResourceLock 1", "Register A00A",
-                                   "Register A002", "Register A003"));
+    EXPECT_THAT(Log(),
+                ElementsAre("ClearEmptyView", "getenv QORDevelopmentStage", "QORResourceLock 1", "AtExit locale lock",
+                            "Register A00A", "AtExit standard locale", "Register A002", "Register A003"));
 }
 
 CHILD_PROGRAM(ShowsStringChecks) {
@@ -92,6 +93,19 @@ TEST(LanguageParticipant, InitialisesTheLanguageCoreAndDoesNothingElse) {
         language.event(code);
     }
     EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST(LanguageParticipant, LeavesOutALanguageThatItCanNotCopy) {
+    VELSysHashMapString settings;
+    settings.Put("sys.nls.core.preferredlang", "French");
+    VELSystemInit(settings);
+    const Participant language = ParticipantOf(0xA00A);
+    Clear();
+    memoryIsOut = true;
+    language.start(nullptr);
+    memoryIsOut = false;
+    language.start(nullptr);
+    EXPECT_THAT(Log(), ElementsAre("InitNLSCore (null) 0", "InitNLSCore French 0"));
 }
 
 TEST(TraceParticipant, DestroysTheManagerThatItCreated) {
@@ -220,13 +234,29 @@ TEST(SystemInit, BringsTheLanguageCoreUpInThePreferredLanguage) {
     settings.Put("sys.nls.core.preferredlang", language);
     Clear();
     EXPECT_EQ(VELSystemInit(settings), 0);
-    EXPECT_THAT(Log(), ElementsAre("DeInitNLSCore 0", "DispatchInitialization", "TraceCreateManager (null) 0",
-                                   "EnsureMainContext", "InitNLSCore French 0"));
+    EXPECT_THAT(Log(), ElementsAre("DeInitNLSCore 0 before (null)", "DispatchInitialization",
+                                   "TraceCreateManager (null) 0", "EnsureMainContext", "InitNLSCore French 0"));
     std::strcpy(language, "Dutch!");
     EXPECT_STREQ(VEL::internal::s_preferredLanguage, "French") << "it is a copy";
     settings.Put("sys.nls.core.preferredlang", "Japanese");
+    Clear();
     VELSystemInit(settings);
+    EXPECT_EQ(Log().front(), "DeInitNLSCore 0 before French") << "the text is replaced afterwards";
     EXPECT_STREQ(VEL::internal::s_preferredLanguage, "Japanese");
+}
+
+TEST(SystemInit, WithoutMemoryThereIsNoPreferredLanguage) {
+    VELSysHashMapString settings;
+    settings.Put("sys.nls.core.preferredlang", "French");
+    VELSystemInit(settings);
+    settings.Put("sys.nls.core.preferredlang", "Japanese");
+    Clear();
+    memoryIsOut = true;
+    EXPECT_EQ(VELSystemInit(settings), 0);
+    memoryIsOut = false;
+    EXPECT_THAT(Log(), ElementsAre("DeInitNLSCore 0 before French", "DispatchInitialization",
+                                   "TraceCreateManager (null) 0", "EnsureMainContext", "InitNLSCore (null) 0"));
+    EXPECT_EQ(VEL::internal::s_preferredLanguage, nullptr);
 }
 
 TEST(SystemInit, TakesANullLanguageForNone) {
@@ -236,7 +266,7 @@ TEST(SystemInit, TakesANullLanguageForNone) {
     settings.Put("sys.nls.core.preferredlang", nullptr);
     Clear();
     VELSystemInit(settings);
-    EXPECT_THAT(Log(), testing::Not(testing::Contains("DeInitNLSCore 0")));
+    EXPECT_THAT(Log(), testing::Not(testing::Contains(testing::StartsWith("DeInitNLSCore"))));
     EXPECT_STREQ(VEL::internal::s_preferredLanguage, "French");
 }
 
@@ -286,6 +316,25 @@ TEST(MainInitialize, ReadsTheFlagsAgainAfterTheCommandLine) {
     EXPECT_THAT(Log(), ElementsAre("QORMutex 0 1 0", "Lock", "SetArg 2 program", "QORMutex 0 1 0", "~QORMutex", "Lock",
                                    "WatchDogInitialize 0  (null) 0", "Unlock", "WatchDogInitialize 2 program (null) 0",
                                    "Unlock"));
+}
+
+TEST(MainInitialize, WithoutAMutexDoesNothing) {
+    Clear();
+    memoryIsOut = true;
+    VELSysMainInitialize(ArgumentCount, s_arguments, VELSysMainStoreArguments | VELSysMainStartWatchDog);
+    memoryIsOut = false;
+    EXPECT_THAT(Log(), IsEmpty());
+    VELSysMainFinalize();
+    EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST(MainInitialize, WithoutMemoryUsesTheMutexThatIsThere) {
+    VELSysMainInitialize(ArgumentCount, s_arguments, 0);
+    Clear();
+    memoryIsOut = true;
+    VELSysMainInitialize(ArgumentCount, s_arguments, VELSysMainStoreArguments);
+    memoryIsOut = false;
+    EXPECT_THAT(Log(), ElementsAre("Lock", "SetArg 2 program", "Unlock"));
 }
 
 TEST(MainFinalize, WithoutInitialisationDoesNothing) {

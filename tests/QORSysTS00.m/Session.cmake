@@ -7,13 +7,14 @@ set(session_calls
   _Z36VELSysFinalReleaseCPUResourceManageri _Z37VELSysLifeCycleDispatchInitializationv
   _ZN15QORResourceLockC1Ei _ZN15QORResourceLockD1Ev _ZN3VEL8internal13DeinitIConvTSEi
   _ZN3VEL8internal17EnsureMainContextEv _ZN8QORMutexC1Eiii _ZN8QORMutexD1Ev _ZN8QORMutex4LockEv
-  _ZN8QORMutex6UnlockEv _Z30VELStringPoolSetForCurrentThrdi _ZN3VEL8internal14ClearEmptyViewEv getenv)
+  _ZN8QORMutex6UnlockEv _Z30VELStringPoolSetForCurrentThrdi _ZN3VEL8internal14ClearEmptyViewEv getenv
+  __cxa_atexit _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t)
 
 qor_add_test(QORSysSessionTest SOURCES QORSysSessionTest.cpp SessionCalls.cpp LINK QORSysTS_static)
 qor_wrap(QORSysSessionTest ${session_calls})
 
 qor_add_test(VELSysHashMapStringTest SOURCES VELSysHashMapStringTest.cpp LINK QORSysTS_static)
-qor_wrap(VELSysHashMapStringTest _ZnwmRKSt9nothrow_t malloc)
+qor_wrap(VELSysHashMapStringTest _ZnwmRKSt9nothrow_t _ZdlPv _ZdlPvm malloc)
 
 qor_add_test(VELSysCodePageTest SOURCES VELSysCodePageTest.cpp LINK QORSysTS_static)
 qor_wrap(VELSysCodePageTest _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE

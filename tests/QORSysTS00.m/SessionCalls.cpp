@@ -1,8 +1,11 @@
 #include "SessionCalls.h"
 
+#include "SessionState.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 class QORMutex;
 class QORResourceLock;
@@ -47,6 +50,26 @@ std::vector<SessionCalls::Participant> SessionCalls::Participants() {
 }
 
 extern "C" {
+
+void* __real__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
+void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
+    return SessionCalls::memoryIsOut ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
+}
+
+void* __real__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
+void* __wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
+    return SessionCalls::memoryIsOut ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
+}
+
+int __real___cxa_atexit(void (*destroy)(void*), void* object, void* library);
+int __wrap___cxa_atexit(void (*destroy)(void*), void* object, void* library) {
+    if (object == &VEL::internal::s_localeLock) {
+        Record("AtExit locale lock");
+    } else if (object == &VEL::internal::s_standardLocale) {
+        Record("AtExit standard locale");
+    }
+    return __real___cxa_atexit(destroy, object, library);
+}
 
 char* __real_getenv(const char* name);
 char* __wrap_getenv(const char* name) {
@@ -118,7 +141,8 @@ int __wrap__Z11InitNLSCorePKcb(const char* language, bool force) {
 }
 
 int __wrap__Z13DeInitNLSCorei(int argument) {
-    Record("DeInitNLSCore %d", argument);
+    const char* const language = VEL::internal::s_preferredLanguage;
+    Record("DeInitNLSCore %d before %s", argument, language != nullptr ? language : "(null)");
     return 0;
 }
 

@@ -25,10 +25,11 @@ std::vector<Participant> Participants();
 
 /// What the recorded functions answer.
 inline int dispatchResult = 0;
-inline int poolResult = 0;
 /// What VELSysTraceCreateManager() stores in the ownership word; negative leaves it alone.
 inline int traceIsCreated = -1;
-/// Runs inside VELSysTSSetArg() and VELSysWatchDogInitialize().
+/// Runs inside VELSysTSSetArg().
 inline void (*insideSetArg)() = nullptr;
+/// True while `new` without exceptions finds no memory.
+inline bool memoryIsOut = false;
 
 } // namespace SessionCalls

@@ -3,3 +3,5 @@ qor_add_test(VELSysUCAlgorithmTest SOURCES VELSysUCAlgorithmTest.cpp LINK QORSys
 qor_add_test(VELSysUCResumableTest SOURCES VELSysUCResumableTest.cpp LINK QORSysTS_static)
 qor_add_test(VELSysUCKernelsTest SOURCES VELSysUCKernelsTest.cpp LINK QORSysTS_static)
 qor_add_test(VELSysUCHashTest SOURCES VELSysUCHashTest.cpp LINK QORSysTS_static)
+qor_wrap(VELSysUCHashTest _ZNK14VELSysCodePage18ConvertMBCSToUTF16ERPKcRmPtm)
+qor_add_test(TextScanTest SOURCES TextScanTest.cpp LINK QORSysTS_static)

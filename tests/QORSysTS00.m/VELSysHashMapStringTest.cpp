@@ -13,12 +13,36 @@ namespace {
 
 bool s_recordsFail = false;
 bool s_tablesFail = false;
+const void* s_newestRecord = nullptr;
+bool s_newestIsReclaimed = false;
+
+void NoteDeletion(const void* block) {
+    s_newestIsReclaimed = s_newestIsReclaimed || (block != nullptr && block == s_newestRecord);
+}
 
 } // namespace
 
 extern "C" void* __real__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
 extern "C" void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
-    return s_recordsFail ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
+    if (s_recordsFail) {
+        return nullptr;
+    }
+    void* const block = __real__ZnwmRKSt9nothrow_t(size, tag);
+    s_newestRecord = block;
+    s_newestIsReclaimed = false;
+    return block;
+}
+
+extern "C" void __real__ZdlPv(void* block);
+extern "C" void __wrap__ZdlPv(void* block) {
+    NoteDeletion(block);
+    __real__ZdlPv(block);
+}
+
+extern "C" void __real__ZdlPvm(void* block, std::size_t size);
+extern "C" void __wrap__ZdlPvm(void* block, std::size_t size) {
+    NoteDeletion(block);
+    __real__ZdlPvm(block, size);
 }
 
 extern "C" void* __real_malloc(std::size_t size);
@@ -48,6 +72,27 @@ TEST(VELSysHashMapString, ReplacesTheValueAndKeepsTheFirstKey) {
     EXPECT_STREQ(map.Get("key"), "two") << "the key is the first pointer";
     std::strcpy(first, "yyy");
     EXPECT_EQ(map.Get("key"), nullptr);
+}
+
+TEST(VELSysHashMapString, NeverReclaimsTheRecordOfAReplacement) {
+    {
+        VELSysHashMapString map;
+        map.Put("key", "one");
+        const void* const stored = s_newestRecord;
+        map.Put("key", "two");
+        EXPECT_NE(s_newestRecord, stored);
+        EXPECT_EQ(map.QORSysSimpleHashTable::Get(0), stored);
+        EXPECT_FALSE(s_newestIsReclaimed);
+    }
+    EXPECT_FALSE(s_newestIsReclaimed) << "the map's end does not reach it either";
+}
+
+TEST(VELSysHashMapString, ReclaimsTheRecordsThatItHolds) {
+    {
+        VELSysHashMapString map;
+        map.Put("key", "one");
+    }
+    EXPECT_TRUE(s_newestIsReclaimed);
 }
 
 TEST(VELSysHashMapString, IgnoresANullKey) {

@@ -18,6 +18,9 @@ using VEL::UCS::internal::BestKernelLevel;
 using VEL::UCS::internal::KernelLevel;
 using VEL::UCS::internal::UseKernelLevel;
 
+/// Batches that the code page still converts; negative for no limit.
+int s_batchesLeft = -1;
+
 unsigned int HashUCS2(const Units& units, unsigned int seed = 0) {
     return VELSysUCAlgorithm::HashV3FromUCS2(units.data(), units.size(), seed);
 }
@@ -135,6 +138,19 @@ TEST(HashV3FromMBCS, ThePageDecidesWhatAByteIs) {
     std::string text(700, '\xE4');
     EXPECT_EQ(HashMBCS(text, 0, &identity), HashUCS2(Units(700, 0xE4)));
     EXPECT_EQ(HashOptimistic("abc" + text, 0, &identity), HashUCS2(Units(700, 0xE4), HashUTF8("abc")));
+}
+
+TEST(HashV3FromMBCS, ABatchThatFailsEndsWithTheHashSoFar) {
+    const VELSysCodePage identity("N/A");
+    const std::string text(700, '\xE4');
+    s_batchesLeft = 0;
+    EXPECT_EQ(HashMBCS(text, 7, &identity), 7U);
+    EXPECT_EQ(HashOptimistic("abc" + text, 7, &identity), HashUTF8("abc", 7));
+    s_batchesLeft = 2;
+    EXPECT_EQ(HashMBCS(text, 7, &identity), HashUCS2(Units(512, 0xE4), 7));
+    EXPECT_EQ(s_batchesLeft, 0);
+    s_batchesLeft = -1;
+    EXPECT_EQ(HashMBCS(text, 7, &identity), HashUCS2(Units(700, 0xE4), 7));
 }
 
 TEST(HashV3FromMBCS, WithoutAPageTheEnvironmentsCounts) {
@@ -272,12 +288,22 @@ TEST(HashV2, UnitsAreUnsigned) {
     EXPECT_EQ(HashV2(Units{0x8000, 1}), 0x8000U * 37U + 1U);
 }
 
+/// Units of the given sum: its digits to the base 37.
+Units UnitsOfSum(unsigned long sum) {
+    Units units;
+    for (; sum != 0; sum /= 37) {
+        units.insert(units.begin(), static_cast<unsigned short>(sum % 37));
+    }
+    return units;
+}
+
 TEST(HashV2, TheUpperBitsOfTheSumCountForItsBeingZero) {
-    // 0x80000000 has none of the 31 bits that the result keeps.
-    Units units{0xFFFF, 0, 0, 0, 0, 0};
-    const unsigned long sum = SampledSum(units, 1);
-    EXPECT_EQ(HashV2(units), static_cast<unsigned int>(sum & 0x7FFFFFFF));
-    EXPECT_NE(sum >> 32, 0U);
+    // These have none of the 31 bits that the result keeps.
+    for (const unsigned long sum : {0x80000000UL, 0x100000000UL, 0x8000000000000000UL}) {
+        const Units units = UnitsOfSum(sum);
+        ASSERT_EQ(SampledSum(units, 1), sum);
+        EXPECT_EQ(HashV2(units), 0U) << sum;
+    }
 }
 
 TEST(HashV2, From400UnitsOnPlacesAreSampled) {
@@ -308,3 +334,18 @@ TEST(HashV2, WhatIsNotSampledDoesNotCount) {
 }
 
 } // namespace
+
+extern "C" int __real__ZNK14VELSysCodePage18ConvertMBCSToUTF16ERPKcRmPtm(const VELSysCodePage* self, const char** src,
+                                                                         unsigned long* left, unsigned short* dst,
+                                                                         unsigned long room);
+extern "C" int __wrap__ZNK14VELSysCodePage18ConvertMBCSToUTF16ERPKcRmPtm(const VELSysCodePage* self, const char** src,
+                                                                         unsigned long* left, unsigned short* dst,
+                                                                         unsigned long room) {
+    if (s_batchesLeft == 0) {
+        return -1;
+    }
+    if (s_batchesLeft > 0) {
+        --s_batchesLeft;
+    }
+    return __real__ZNK14VELSysCodePage18ConvertMBCSToUTF16ERPKcRmPtm(self, src, left, dst, room);
+}

@@ -1,6 +1,7 @@
 #include "QORSysSimpleHashTable.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <gmock/gmock.h>
@@ -18,6 +19,8 @@ int s_allocationsLeft = -1;
 std::size_t s_lastRequest = 0;
 /// A larger request fails.
 std::size_t s_largestRequest = SIZE_MAX;
+/// The requests that failed for their size.
+std::vector<std::size_t> s_refused;
 
 /// An element whose hash is its number's last digits, so that chains can be chosen.
 struct Element {
@@ -61,7 +64,11 @@ std::vector<int> KeysInOrder(const QORSysSimpleHashTable& table) {
 
 extern "C" void* __real_malloc(std::size_t size);
 extern "C" void* __wrap_malloc(std::size_t size) {
-    if (s_allocationsLeft == 0 || size > s_largestRequest) {
+    if (size > s_largestRequest) {
+        s_refused.push_back(size);
+        return nullptr;
+    }
+    if (s_allocationsLeft == 0) {
         return nullptr;
     }
     if (s_allocationsLeft > 0) {
@@ -86,7 +93,9 @@ TEST_P(UpToNiceModulo, GivesTheNextValueWithoutASmallDivisor) {
 INSTANTIATE_TEST_SUITE_P(Rows, UpToNiceModulo,
                          testing::Values(ModuloRow{0, 0}, ModuloRow{1, 1}, ModuloRow{2, 2}, ModuloRow{3, 3},
                                          ModuloRow{4, 5}, ModuloRow{9, 11}, ModuloRow{22, 23}, ModuloRow{121, 127},
-                                         ModuloRow{529, 529}, ModuloRow{-7, -7}, ModuloRow{19, 19}));
+                                         ModuloRow{529, 529}, ModuloRow{-7, -7}, ModuloRow{19, 19},
+                                         ModuloRow{INT_MAX - 2, INT_MAX}, ModuloRow{INT_MAX - 1, INT_MAX},
+                                         ModuloRow{INT_MAX, INT_MAX}));
 
 TEST(UpToNiceModulo, AgreesWithTheDefinitionUpToTenThousand) {
     const auto isNice = [](int n) {
@@ -224,6 +233,15 @@ TEST(QORSysSimpleHashTable, RemovesItsOnlyElement) {
     EXPECT_EQ(table.Insert(&element), 1);
 }
 
+TEST(QORSysSimpleHashTable, AnswersTheElementThatItRemovedForAnEqualOne) {
+    QORSysSimpleHashTable table(0, HashOf, AreEqual);
+    Elements elements(2);
+    Elements equal(2);
+    Fill(table, elements, 2);
+    EXPECT_EQ(table.Remove(equal[0]), elements[0]);
+    EXPECT_EQ(table.Remove(equal[1]), elements[1]) << "the only one left";
+}
+
 TEST(QORSysSimpleHashTable, DoesNotShrinkBelowTwelveElements) {
     QORSysSimpleHashTable table(37, HashOf, AreEqual);
     Elements elements(12);
@@ -232,6 +250,17 @@ TEST(QORSysSimpleHashTable, DoesNotShrinkBelowTwelveElements) {
     EXPECT_NE(table.Remove(elements[0]), nullptr);
     EXPECT_EQ(s_lastRequest, 0u);
     EXPECT_EQ(table.Size(), 11);
+}
+
+TEST(QORSysSimpleHashTable, ShrinksWithTwelveElements) {
+    QORSysSimpleHashTable table(37, HashOf, AreEqual);
+    Elements elements(13);
+    Fill(table, elements, 13);
+    s_lastRequest = 0;
+    table.Remove(elements[12]);
+    // 36 is below 37, and 12 * 1.1 asks for 13.
+    EXPECT_EQ(s_lastRequest, 13 * 3 * sizeof(void*));
+    EXPECT_EQ(table.Size(), 12);
 }
 
 TEST(QORSysSimpleHashTable, ShrinksWhenLessThanAThirdFull) {
@@ -324,6 +353,32 @@ TEST(QORSysSimpleHashTable, HalvesTheSizeUntilThereIsMemory) {
     QORSysSimpleHashTable smallest(1000, HashOf, AreEqual);
     EXPECT_EQ(s_lastRequest, bytes(11));
 }
+
+struct HalvingRow {
+    int size;
+    std::vector<int> buckets;
+    friend void PrintTo(const HalvingRow& row, std::ostream* out) { *out << row.size; }
+};
+
+class Halving : public testing::TestWithParam<HalvingRow> {};
+
+TEST_P(Halving, AsksForFewerBucketsDownToEleven) {
+    s_refused.clear();
+    s_largestRequest = 0;
+    const QORSysSimpleHashTable table(GetParam().size, HashOf, AreEqual);
+    s_largestRequest = SIZE_MAX;
+    std::vector<std::size_t> requests;
+    for (const int buckets : GetParam().buckets) {
+        requests.push_back(static_cast<std::size_t>(buckets) * 3 * sizeof(void*));
+    }
+    EXPECT_EQ(s_refused, requests);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, Halving,
+                         testing::Values(HalvingRow{1000, {1009, 503, 251, 127, 67, 31, 11}},
+                                         HalvingRow{84, {89, 43, 23, 11}}, HalvingRow{83, {83, 41, 11}},
+                                         HalvingRow{42, {43, 23, 11}}, HalvingRow{41, {41, 11}},
+                                         HalvingRow{12, {13, 11}}, HalvingRow{11, {11}}, HalvingRow{0, {11}}));
 
 TEST(QORSysSimpleHashTable, WorksWithoutATable) {
     s_allocationsLeft = 0;

@@ -79,8 +79,8 @@ HoldsEverything)
         readelf -d "$libdir/lib$library.so" | grep -q "(SONAME).*\[lib$library\.so\.1\]" ||
             fail "the soname of $libdir/lib$library.so is not lib$library.so.1"
     done
-    # Exactly the exported headers, whole.
-    diff <(cd "$root" && find SystemTS/include SystemMT/include -name '*.h' -printf '%f\n' | sort) \
+    # Exactly the exported headers and the definitions that they stamp, whole.
+    diff <(cd "$root" && find SystemTS/include SystemMT/include \( -name '*.h' -o -name '*.inc' \) -printf '%f\n' | sort) \
         <(cd "$prefix/include/QORSysTS" && find . -type f -printf '%f\n' | sort) ||
         fail "the installed headers are not the exported ones (< in the tree, > installed)"
     cmp "$root/data/NLS/SUPPLANG_R9" "$prefix/share/QORSysTS/NLS/SUPPLANG_R9"

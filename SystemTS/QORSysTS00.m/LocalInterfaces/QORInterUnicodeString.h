@@ -21,6 +21,14 @@ struct QORInterUnicodeView {
     static constexpr std::size_t HeaderSize = sizeof(std::int32_t);
 };
 
+/// Text in one of the encodings. Text and length belong together: a view that was missing when one of them was asked
+/// for may be there for the other.
+template <class Unit>
+struct TextRange {
+    const Unit* text;
+    int length;
+};
+
 /// A shared, reference-counted text block: a header without gaps and, directly behind the flags, the text in the
 /// encoding in which it arrived.
 ///
@@ -72,6 +80,9 @@ public:
     /// @param grow  Leave room for further growth when a larger block is needed.
     static Block _EnsureNarrow(Block block, int length, bool keep, bool grow);
     static Block _EnsureWide(Block block, int length, bool keep, bool grow);
+    /// The length of the block that replaces one which can't be written or is too small for `length` units.
+    /// @param grow  Leave room for further growth when the old block is too small.
+    static int _NewLength(Block block, int length, bool grow);
     /// A new wide block from a narrow one, which is released.
     static Block _ToWide(Block block, int length, bool keep);
     /// A new narrow block from a wide one, which is released.
@@ -88,20 +99,9 @@ public:
     /// The hash of the text: 31 bits, equal for equal text in either representation.
     std::uint32_t _GetHash() const;
 
-    /// Text in one of the encodings. Text and length belong together: a view that was missing when one of them was
-    /// asked for may be there for the other.
-    struct UTF16Range {
-        const unsigned short* text;
-        int length;
-    };
-    struct MBCSRange {
-        const char* text;
-        int length;
-    };
-
     // The text in either encoding, whatever the main representation. Null and 0 only when a view can't be allocated.
-    UTF16Range _GetUTF16() const;
-    MBCSRange _GetMBCS() const;
+    TextRange<unsigned short> _GetUTF16() const;
+    TextRange<char> _GetMBCS() const;
     const unsigned short* _GetUTF16Text() const;
     int _GetUTF16Length() const;
     const char* _GetMBCSText() const;
@@ -125,6 +125,37 @@ private:
     template <class Convert>
     View _PublishView(std::size_t bytes, const Convert& convert) const;
 };
+
+/// What the two representations differ in.
+template <bool IsWide>
+struct Representation;
+
+template <>
+struct Representation<false> {
+    using Unit = char;
+    using Block = QORInterUnicodeString::Block;
+    static constexpr std::uint16_t Flag = 0;
+    static Unit* Text(Block block) { return block->Text(); }
+    static Block New(int length) { return QORInterUnicodeString::_NewNarrow(length); }
+    static Block Set(Block block, const Unit* text, int length) {
+        return QORInterUnicodeString::_SetBytes(block, text, length);
+    }
+};
+
+template <>
+struct Representation<true> {
+    using Unit = unsigned short;
+    using Block = QORInterUnicodeString::Block;
+    static constexpr std::uint16_t Flag = QORInterUnicodeString::WideFlag;
+    static Unit* Text(Block block) { return block->Wide(); }
+    static Block New(int length) { return QORInterUnicodeString::_NewWide(length); }
+    static Block Set(Block block, const Unit* text, int length) {
+        return QORInterUnicodeString::_SetUnits(block, text, length);
+    }
+};
+
+template <bool IsWide>
+using UnitOf = typename Representation<IsWide>::Unit;
 
 /// The empty block where its address tells it from all others; VEL::internal::IsCounted() says how.
 struct alignas(16) QOREmptyBlock {

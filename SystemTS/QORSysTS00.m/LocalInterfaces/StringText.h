@@ -10,8 +10,8 @@
 namespace VEL::internal {
 
 using Block = QORInterUnicodeString::Block;
-using UTF16Range = QORInterUnicodeString::UTF16Range;
-using MBCSRange = QORInterUnicodeString::MBCSRange;
+using UTF16Range = TextRange<unsigned short>;
+using MBCSRange = TextRange<char>;
 
 /// `n` bytes of UTF-8, unchecked: narrow in a UTF-8 environment, otherwise wide.
 Block BlockFromUTF8(Block block, const char* s, unsigned long n);
@@ -28,9 +28,28 @@ int NarrowLength(Block block);
 int WideLength(Block block);
 unsigned int HashOf(Block block);
 
+/// True when `range` is what is left of a text whose view can't be allocated.
+template <class Range>
+bool IsMissing(Block block, const Range& range) {
+    return range.length == 0 && block != nullptr && block->_length != 0;
+}
+
 /// Text and length from one look at the block; an empty text for a null handle and for a view that can't be allocated.
 UTF16Range UTF16Of(Block block);
 MBCSRange MBCSOf(Block block);
+/// One of the two.
+template <bool IsWide>
+TextRange<UnitOf<IsWide>> RangeOf(Block block) {
+    if constexpr (IsWide) {
+        return UTF16Of(block);
+    } else {
+        return MBCSOf(block);
+    }
+}
+
+/// The text as UTF-8 where it lies ready in a block, in a UTF-8 environment; otherwise null. `length` receives its
+/// length in bytes.
+const char* ReadyUTF8(Block block, unsigned long& length);
 
 /// Copies the text as UTF-8 without a terminator, or measures it when `out` is null.
 int CopyAsUTF8(Block block, char* out, unsigned long* n);

@@ -13,6 +13,8 @@
 #include <cstring>
 #include <locale>
 #include <memory>
+#include <mutex>
+#include <new>
 
 namespace {
 
@@ -35,7 +37,19 @@ int ComputeStringChecks() {
 void NoSystemEvent(int) {}
 
 void StartLanguage(void*) {
-    InitNLSCore(VEL::internal::s_preferredLanguage, false);
+    std::unique_ptr<char[]> language;
+    {
+        const std::lock_guard guard(VEL::internal::s_preferredLanguageGuard);
+        if (const char* const preferred = VEL::internal::s_preferredLanguage) {
+            const std::size_t size = std::strlen(preferred) + 1;
+            language.reset(new (std::nothrow) char[size]);
+            if (language != nullptr) {
+                std::memcpy(language.get(), preferred, size);
+            }
+        }
+    }
+    // The core may call back, so it works on a copy and without the guard.
+    InitNLSCore(language.get(), false);
 }
 
 void LanguageState(int) {}
@@ -73,6 +87,7 @@ struct Participant {
 // Constant-initialised to the default first, for strings that are made before this file's initialisers run.
 constinit int VEL::internal::s_StringChecksEnabled = 1;
 constinit char* VEL::internal::s_preferredLanguage = nullptr;
+constinit std::mutex VEL::internal::s_preferredLanguageGuard;
 
 namespace {
 [[maybe_unused]] const int s_stringChecksAreComputed = VEL::internal::s_StringChecksEnabled = ComputeStringChecks();

@@ -1,11 +1,11 @@
 #include "QORInterUnicodeString.h"
 
 #include "Assertion.h"
+#include "EnvironmentConverter.h"
 #include "TestHarness.h"
 #include "VELDebugBreak.h"
 #include "VELStringHandle.h"
 #include "VELStringPool.h"
-#include "VELSysCodePage.h"
 #include "VELSysUCAlgorithm.h"
 
 #include <algorithm>
@@ -26,28 +26,10 @@ namespace {
 /// Serves as an empty narrow and as an empty UTF-16 text.
 constinit QORInterUnicodeView s_emptyView{0, {0, 0}};
 
-/// What the two representations differ in.
-template <bool IsWide>
-struct Representation;
-
-template <>
-struct Representation<false> {
-    using Unit = char;
-    static constexpr std::uint16_t Flag = 0;
-    static Unit* Text(Block block) { return block->Text(); }
-};
-
-template <>
-struct Representation<true> {
-    using Unit = unsigned short;
-    static constexpr std::uint16_t Flag = QORInterUnicodeString::WideFlag;
-    static Unit* Text(Block block) { return block->Wide(); }
-};
-
 /// A block of one handle; its text is left to the caller, but for the terminator.
 template <bool IsWide>
 inline Block NewBlock(int length) {
-    using Unit = typename Representation<IsWide>::Unit;
+    using Unit = UnitOf<IsWide>;
     if (length < 1) {
         return QORInterUnicodeString::Empty();
     }
@@ -74,28 +56,21 @@ inline Block NewBlock(int length) {
 
 /// Fills a new block with the first units of a text, at most `length` of them, and makes that its length.
 template <bool IsWide>
-void CopyInto(Block block, const typename Representation<IsWide>::Unit* text, int count) {
-    std::memcpy(Representation<IsWide>::Text(block), text,
-                static_cast<std::size_t>(count) * sizeof(typename Representation<IsWide>::Unit));
+void CopyInto(Block block, const UnitOf<IsWide>* text, int count) {
+    std::memcpy(Representation<IsWide>::Text(block), text, static_cast<std::size_t>(count) * sizeof(UnitOf<IsWide>));
     block->SetLength(count);
 }
 
 template <bool IsWide>
 Block Ensure(Block block, int length, bool keep, bool grow) {
     length = std::max(length, 0);
-    const bool fits = block->_capacity > length;
-    if (fits && block->IsAlone()) {
+    if (block->_capacity > length && block->IsAlone()) {
         if (!keep) {
             block->_MarkChanged();
         }
         return block;
     }
-    int newLength = length;
-    if (!fits && grow) {
-        const std::int64_t grown = static_cast<std::int64_t>(block->_capacity) * 3 / 2;
-        newLength = static_cast<int>(std::clamp<std::int64_t>(grown, length, INT_MAX));
-    }
-    const Block fresh = NewBlock<IsWide>(newLength);
+    const Block fresh = NewBlock<IsWide>(QORInterUnicodeString::_NewLength(block, length, grow));
     if (keep && !fresh->IsTheEmptyBlock()) {
         CopyInto<IsWide>(fresh, Representation<IsWide>::Text(block), std::min(block->_length, length));
     }
@@ -129,10 +104,10 @@ Block Change(Block block, int length, bool keep) {
 
 /// The block that now holds `length` units at `text`, which may lie inside the given block.
 template <bool IsWide>
-Block Store(Block block, const typename Representation<IsWide>::Unit* text, int length) {
+Block Store(Block block, const UnitOf<IsWide>* text, int length) {
     if (block->IsAlone() && block->_capacity > length && block->IsWide() == IsWide) {
         std::memmove(Representation<IsWide>::Text(block), text,
-                     static_cast<std::size_t>(length) * sizeof(typename Representation<IsWide>::Unit));
+                     static_cast<std::size_t>(length) * sizeof(UnitOf<IsWide>));
         block->SetLength(length);
         block->_MarkChanged();
         return block;
@@ -144,6 +119,11 @@ Block Store(Block block, const typename Representation<IsWide>::Unit* text, int 
     // Last, since the text may be the old block's own.
     QORInterUnicodeString::_Release(block);
     return fresh;
+}
+
+/// False for a text whose narrow form is too long for any block.
+bool HasNarrowLength(const VELSysCodePage& converter, const unsigned short* text, int length) {
+    return converter.IsUTF8() && VELSysUCAlgorithm::ConvertUTF16ToUTF8(text, length, nullptr, 0) >= 0;
 }
 
 } // namespace
@@ -210,6 +190,14 @@ Block QORInterUnicodeString::_SetUnits(Block block, const unsigned short* units,
     return Store<true>(block, units, length);
 }
 
+int QORInterUnicodeString::_NewLength(Block block, int length, bool grow) {
+    if (block->_capacity > length || !grow) {
+        return length;
+    }
+    const std::int64_t grown = static_cast<std::int64_t>(block->_capacity) * 3 / 2;
+    return static_cast<int>(std::clamp<std::int64_t>(grown, length, INT_MAX));
+}
+
 Block QORInterUnicodeString::_EnsureNarrow(Block block, int length, bool keep, bool grow) {
     return Ensure<false>(block, length, keep, grow);
 }
@@ -263,7 +251,7 @@ View QORInterUnicodeString::_GetUTF16View() const {
         // The converter's way of working in a room makes a unit of each damaged byte at the end, too.
         const char* next = Text();
         auto left = static_cast<unsigned long>(_length);
-        view->_length = VELSysCodePage::GetEnvConverter().ConvertMBCSToUTF16(next, left, view->UTF16(), room);
+        view->_length = VEL::internal::EnvironmentConverter().ConvertMBCSToUTF16(next, left, view->UTF16(), room);
         view->UTF16()[view->_length] = 0;
     });
 }
@@ -272,12 +260,17 @@ View QORInterUnicodeString::_GetMBCSView() const {
     if (const View view = _secondView.load(std::memory_order_acquire)) {
         return view;
     }
-    const VELSysCodePage& converter = VELSysCodePage::GetEnvConverter();
+    const VELSysCodePage& converter = VEL::internal::EnvironmentConverter();
     // The longest character is no bound by itself: while no language table is configured it is 1 whatever the code
     // page is. What the converter really asks of its callers is 4 bytes per unit.
     constexpr int ConvertersDemand = 4;
     const auto bytesPerUnit = static_cast<std::size_t>(std::max(converter.GetMaxCharSize(), ConvertersDemand));
     const std::size_t room = static_cast<std::size_t>(_length) * bytesPerUnit + 1;
+    // A length that its field can't hold counts as no memory.
+    if (room > INT_MAX && !HasNarrowLength(converter, Wide(), _length)) {
+        VELDebugBreak(1);
+        return nullptr;
+    }
     return _PublishView(room + QORInterUnicodeView::HeaderSize, [&](View view) {
         int written = 0;
         converter.ConvertUTF16ToMBCS(Wide(), _length, view->Narrow(), &written);
@@ -297,6 +290,8 @@ void QORInterUnicodeString::_DeleteSecondView() const {
             VEL::internal::FailAssertion("!IsInRTX()", __FILE__, __LINE__, __PRETTY_FUNCTION__);
         }
         _secondView.store(nullptr, std::memory_order_relaxed);
+        // What a reader publishes from here on is that reader's.
+        return;
     }
     if (const View view = _secondView.load(std::memory_order_acquire)) {
         // Deliberately not through the pool, whose buckets stay those of blocks.
@@ -327,7 +322,7 @@ std::uint32_t QORInterUnicodeString::_GetHash() const {
     std::uint32_t hash;
     if ((flags & WideFlag) != 0) {
         hash = VELSysUCAlgorithm::HashV3FromUCS2(Wide(), length, 0);
-    } else if (VELSysCodePage::GetEnvConverter().IsUTF8()) {
+    } else if (VEL::internal::EnvironmentConverter().IsUTF8()) {
         hash = VELSysUCAlgorithm::HashV3FromUTF8(Text(), length, 0);
     } else {
         hash = VELSysUCAlgorithm::HashV3FromMBCSOptimistic(Text(), length, 0, nullptr);
@@ -341,20 +336,21 @@ std::uint32_t QORInterUnicodeString::_GetHash() const {
     return hash;
 }
 
-QORInterUnicodeString::UTF16Range QORInterUnicodeString::_GetUTF16() const {
+TextRange<unsigned short> QORInterUnicodeString::_GetUTF16() const {
     if (IsWide()) {
         return {Wide(), _length};
     }
     const View view = _GetUTF16View();
-    return view != nullptr ? UTF16Range{view->UTF16(), view->_length} : UTF16Range{nullptr, 0};
+    return view != nullptr ? TextRange<unsigned short>{view->UTF16(), view->_length}
+                           : TextRange<unsigned short>{nullptr, 0};
 }
 
-QORInterUnicodeString::MBCSRange QORInterUnicodeString::_GetMBCS() const {
+TextRange<char> QORInterUnicodeString::_GetMBCS() const {
     if (!IsWide()) {
         return {Text(), _length};
     }
     const View view = _GetMBCSView();
-    return view != nullptr ? MBCSRange{view->Narrow(), view->_length} : MBCSRange{nullptr, 0};
+    return view != nullptr ? TextRange<char>{view->Narrow(), view->_length} : TextRange<char>{nullptr, 0};
 }
 
 const unsigned short* QORInterUnicodeString::_GetUTF16Text() const {

@@ -94,6 +94,7 @@ constinit MainMutex* MainMutex::s_published = nullptr;
 constinit std::atomic<int> s_mainFlags{0};
 
 void KeepPreferredLanguage(const char* language) {
+    const std::lock_guard guard(VEL::internal::s_preferredLanguageGuard);
     delete[] std::exchange(s_preferredLanguage, nullptr);
     const std::size_t size = std::strlen(language) + 1;
     s_preferredLanguage = new (std::nothrow) char[size];

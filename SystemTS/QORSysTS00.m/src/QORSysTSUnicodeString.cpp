@@ -1,11 +1,15 @@
 #define QORSYSTS_EMIT_STRING_MEMBERS
 #include "QORSysTSUnicodeString.h"
 
+#include "QORSysTSVectorOfUnicodeString.h"
 #include "StringAccess.h"
-#include "StringText.h"
+#include "StringCompare.h"
+#include "StringEdit.h"
+#include "StringSplit.h"
 #include "VELSysStatus.h"
 
 #include <cstring>
+#include <strings.h>
 
 using namespace VEL::internal;
 
@@ -23,6 +27,42 @@ Block BlockToBuildOn(const QORSysTSUnicodeString& s) {
     return block != nullptr ? block : QORInterUnicodeString::Empty();
 }
 
+template <class Change>
+QORSysTSUnicodeString& Apply(QORSysTSUnicodeString& s, const Change& change) {
+    return StringAccess::Apply(s, change);
+}
+
+/// Deliberately the length of the main representation, in bytes for a narrow string, whatever units are cut then.
+bool IsRange(Block block, int start, int end) {
+    return block != nullptr && start >= 0 && start <= end && end <= block->_length;
+}
+
+/// The units from `start` up to `end`, which IsRange() admits; none when they are not within this encoding of the text.
+template <class Unit>
+TextRange<Unit> Part(const TextRange<Unit>& text, int start, int end) {
+    return {text.text + start, end <= text.length ? end - start : 0};
+}
+
+/// Appends several texts at once, in the representation of the target.
+template <bool IsWide>
+Block AppendAll(Block block, Block a, Block b, Block c) {
+    return AppendTexts<IsWide>(block, {RangeOf<IsWide>(a), RangeOf<IsWide>(b), RangeOf<IsWide>(c)}, false);
+}
+
+template <bool IsWide>
+Block AppendPart(Block block, Block text, int start, int end) {
+    return AppendTexts<IsWide>(block, {Part(RangeOf<IsWide>(text), start, end)}, true);
+}
+
+/// True when the units from `start` up to `end` can be replaced.
+bool CanReplace(Block block, int start, int end) {
+    return block != nullptr && start >= 0 && start <= end && end <= WideLength(block);
+}
+
+QORSysTSUnicodeString StringOn(Block block) {
+    return StringAccess::Make<QORSysTSUnicodeString>(block);
+}
+
 } // namespace
 
 QORSysTSUnicodeString::QORSysTSUnicodeString(const char* s)
@@ -34,6 +74,9 @@ QORSysTSUnicodeString::QORSysTSUnicodeString(const wchar_t* s)
 QORSysTSUnicodeString::QORSysTSUnicodeString(const unsigned short* s, int n)
     : _text(QORInterUnicodeString::_SetUnits(QORInterUnicodeString::Empty(), s, n)->Text()) {}
 
+QORSysTSUnicodeString::QORSysTSUnicodeString(const QORSysTSUnicodeString& s, int start, int end)
+    : QORSysTSUnicodeString(s.SubString(start, end)) {}
+
 QORSysTSUnicodeString& QORSysTSUnicodeString::operator=(const char* s) {
     const Block block = BlockOf(*this);
     if (block == nullptr) {
@@ -41,8 +84,8 @@ QORSysTSUnicodeString& QORSysTSUnicodeString::operator=(const char* s) {
     }
     // Deliberate: null text does not release the block held before, so that a pointer into its text stays valid for
     // ever.
-    StringAccess::SetBlock(
-        *this, s != nullptr ? QORInterUnicodeString::_SetBytes(block, s, -1) : QORInterUnicodeString::Empty());
+    StringAccess::SetBlock(*this, s != nullptr ? QORInterUnicodeString::_SetBytes(block, s, -1)
+                                               : QORInterUnicodeString::Empty());
     return *this;
 }
 
@@ -91,4 +134,151 @@ const unsigned short* QORSysTSUnicodeString::GetBinDump(unsigned int& byteCount)
 
 unsigned int QORSysTSUnicodeString::HashFunc() const {
     return HashOf(BlockOf(*this));
+}
+
+QORSysTSUnicodeString& QORSysTSUnicodeString::Append(const QORSysTSUnicodeString& s) {
+    const Block text = BlockOf(s);
+    return text != nullptr ? Apply(*this, [=](Block block) { return AppendText(block, text); }) : *this;
+}
+
+QORSysTSUnicodeString& QORSysTSUnicodeString::Append(const QORSysTSUnicodeString& a, const QORSysTSUnicodeString& b) {
+    return Append(a, b, QORSysTSUnicodeString());
+}
+
+QORSysTSUnicodeString& QORSysTSUnicodeString::Append(const QORSysTSUnicodeString& a, const QORSysTSUnicodeString& b,
+                                                     const QORSysTSUnicodeString& c) {
+    return Apply(*this, [&](Block block) {
+        return block->IsWide() ? AppendAll<true>(block, BlockOf(a), BlockOf(b), BlockOf(c))
+                               : AppendAll<false>(block, BlockOf(a), BlockOf(b), BlockOf(c));
+    });
+}
+
+QORSysTSUnicodeString& QORSysTSUnicodeString::Append(const QORSysTSUnicodeString& s, int start, int end) {
+    const Block block = BlockOf(*this);
+    if (block == nullptr) {
+        return *this;
+    }
+    if (block->IsTheEmptyBlock()) {
+        return *this = s.SubString(start, end);
+    }
+    const Block text = BlockOf(s);
+    if (IsRange(text, start, end)) {
+        StringAccess::SetBlock(*this, block->IsWide() ? AppendPart<true>(block, text, start, end)
+                                                      : AppendPart<false>(block, text, start, end));
+    }
+    return *this;
+}
+
+int QORSysTSUnicodeString::Insert(int pos, const QORSysTSUnicodeString& s) {
+    return ReplaceRange(pos, pos, s);
+}
+
+int QORSysTSUnicodeString::Insert(int pos, const QORSysTSUnicodeString& s, int start, int end) {
+    const Block block = BlockOf(*this);
+    if (block == nullptr || !IsRange(BlockOf(s), start, end) || start == end || pos < 0 || pos > block->_length) {
+        return VEL::StatusFailure;
+    }
+    if (pos == block->_length) {
+        Append(s, start, end);
+        return BlockOf(*this)->IsTheEmptyBlock() ? VEL::StatusFailure : VEL::StatusOk;
+    }
+    return ReplaceRange(pos, pos, s.SubString(start, end));
+}
+
+int QORSysTSUnicodeString::ReplaceRange(int start, int end, const QORSysTSUnicodeString& s) {
+    const Block text = BlockOf(s);
+    if (text == nullptr || !CanReplace(BlockOf(*this), start, end)) {
+        return VEL::StatusFailure;
+    }
+    Apply(*this, [=](Block block) { return VEL::internal::ReplaceRange(block, start, end - start, text); });
+    return VEL::StatusOk;
+}
+
+int QORSysTSUnicodeString::ReplaceSubString(const QORSysTSUnicodeString& what, const QORSysTSUnicodeString& with,
+                                            int start) {
+    const int place = SearchSubString(what, start);
+    if (place >= 0) {
+        const int count = what.GetLengthInChar();
+        Apply(*this, [&](Block block) { return VEL::internal::ReplaceRange(block, place, count, BlockOf(with)); });
+    }
+    return place;
+}
+
+QORSysTSUnicodeString& QORSysTSUnicodeString::ReplaceAll(const QORSysTSUnicodeString& what,
+                                                         const QORSysTSUnicodeString& with) {
+    return Apply(*this, [&](Block block) { return ReplaceAllText(block, BlockOf(what), BlockOf(with), true); });
+}
+
+QORSysTSUnicodeString QORSysTSUnicodeString::SubString(int start, int end) const {
+    const Block block = BlockOf(*this);
+    if (!IsRange(block, start, end)) {
+        return {};
+    }
+    const UTF16Range part = Part(UTF16Of(block), start, end);
+    return StringOn(CutText(part, 0, part.length));
+}
+
+int QORSysTSUnicodeString::SearchSubString(const QORSysTSUnicodeString& what, int start) const {
+    return SearchForward(BlockOf(*this), BlockOf(what), start);
+}
+
+int QORSysTSUnicodeString::SearchSubStringBackward(const QORSysTSUnicodeString& what, int start) const {
+    return SearchBackward(BlockOf(*this), BlockOf(what), start);
+}
+
+bool QORSysTSUnicodeString::IsSubStringAt(int pos, const QORSysTSUnicodeString& what) const {
+    return IsTextAt(BlockOf(*this), pos, BlockOf(what));
+}
+
+void QORSysTSUnicodeString::Split(const QORSysTSUnicodeString& separator, QORSysTSVectorOfUnicodeString& out) const {
+    SplitText(*this, separator, out);
+}
+
+QORSysTSUnicodeString& QORSysTSUnicodeString::ToUpper() {
+    return Apply(*this, [](Block block) { return ChangeCase(block, LetterCase::Upper); });
+}
+
+QORSysTSUnicodeString& QORSysTSUnicodeString::ToLower() {
+    return Apply(*this, [](Block block) { return ChangeCase(block, LetterCase::Lower); });
+}
+
+void QORSysTSUnicodeString::SetCapacity(int n) {
+    Apply(*this, [n](Block block) {
+        if (n < 1) {
+            QORInterUnicodeString::_Release(block);
+            return QORInterUnicodeString::Empty();
+        }
+        return block->IsWide() ? QORInterUnicodeString::_EnsureWide(block, n, true, false)
+                               : QORInterUnicodeString::_EnsureNarrow(block, n, true, false);
+    });
+}
+
+int QORSysTSUnicodeString::Compare(const QORSysTSUnicodeString& other, unsigned char ignoreCase) const {
+    const char* const a = ConvertToChar();
+    const char* const b = other.ConvertToChar();
+    return ignoreCase != 0 ? strcasecmp(a, b) : std::strcmp(a, b);
+}
+
+bool QORSysTSUnicodeString::operator==(const QORSysTSUnicodeString& other) const {
+    return AreEqual(BlockOf(*this), BlockOf(other));
+}
+
+bool QORSysTSUnicodeString::operator!=(const QORSysTSUnicodeString& other) const {
+    return !(*this == other);
+}
+
+bool QORSysTSUnicodeString::operator<(const QORSysTSUnicodeString& other) const {
+    return SortCompare(BlockOf(*this), BlockOf(other), false) < 0;
+}
+
+bool QORSysTSUnicodeString::operator<=(const QORSysTSUnicodeString& other) const {
+    return SortCompare(BlockOf(*this), BlockOf(other), false) <= 0;
+}
+
+bool QORSysTSUnicodeString::operator>(const QORSysTSUnicodeString& other) const {
+    return SortCompare(BlockOf(*this), BlockOf(other), false) > 0;
+}
+
+bool QORSysTSUnicodeString::operator>=(const QORSysTSUnicodeString& other) const {
+    return SortCompare(BlockOf(*this), BlockOf(other), false) >= 0;
 }

@@ -1,7 +1,7 @@
 #include "StringText.h"
 
+#include "EnvironmentConverter.h"
 #include "VELStringHandle.h"
-#include "VELSysCodePage.h"
 #include "VELSysUCAlgorithm.h"
 
 #include <algorithm>
@@ -50,23 +50,6 @@ unsigned long UTF8LengthOf(const unsigned short* text, int length) {
     return bytes;
 }
 
-/// The text as UTF-8 where it lies ready, or null. `length` receives its length.
-const char* ReadyUTF8(Block block, unsigned long& length) {
-    if (!VELSysCodePage::GetEnvConverter().IsUTF8()) {
-        return nullptr;
-    }
-    if (!block->IsWide()) {
-        length = static_cast<unsigned long>(block->_length);
-        return block->Text();
-    }
-    // Acquire: with the pointer comes the view's text.
-    if (const QORInterUnicodeString::View view = block->_secondView.load(std::memory_order_acquire)) {
-        length = static_cast<unsigned long>(view->_length);
-        return view->Narrow();
-    }
-    return nullptr;
-}
-
 } // namespace
 
 Block BlockFromUTF8(Block block, const char* s, unsigned long n) {
@@ -75,7 +58,7 @@ Block BlockFromUTF8(Block block, const char* s, unsigned long n) {
         return ResetBlock(block);
     }
     const int length = static_cast<int>(n);
-    if (VELSysCodePage::GetEnvConverter().IsUTF8()) {
+    if (EnvironmentConverter().IsUTF8()) {
         return QORInterUnicodeString::_SetBytes(block, s, length);
     }
     const Block fresh = QORInterUnicodeString::_NewWide(length);
@@ -125,6 +108,22 @@ int CountUnits(const unsigned short* s) {
         ++end;
     }
     return end - s > INT_MAX ? 0 : static_cast<int>(end - s);
+}
+
+const char* ReadyUTF8(Block block, unsigned long& length) {
+    if (!EnvironmentConverter().IsUTF8()) {
+        return nullptr;
+    }
+    if (!block->IsWide()) {
+        length = static_cast<unsigned long>(block->_length);
+        return block->Text();
+    }
+    // Acquire: with the pointer comes the view's text.
+    if (const QORInterUnicodeString::View view = block->_secondView.load(std::memory_order_acquire)) {
+        length = static_cast<unsigned long>(view->_length);
+        return view->Narrow();
+    }
+    return nullptr;
 }
 
 const char* NarrowText(Block block) {

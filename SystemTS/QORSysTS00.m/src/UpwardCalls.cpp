@@ -1,6 +1,5 @@
-// Language core, argument store, watchdog, trace manager, application context, converter registry and stack traces,
-// for as long as none of them is there: each answers as it does while nothing is configured. Whoever brings one takes
-// its lines away.
+// Language core, argument store, watchdog, trace manager, application context and converter registry, for as long as
+// none of them is there: each answers as it does while nothing is configured. Whoever brings one takes its lines away.
 
 #include "UpwardCalls.h"
 
@@ -53,5 +52,3 @@ void VELSysTraceDestroyManager() {}
 void VEL::internal::EnsureMainContext() {}
 
 void VEL::internal::DeinitIConvTS(int) {}
-
-void VEL::internal::PrintStackTrace() {}

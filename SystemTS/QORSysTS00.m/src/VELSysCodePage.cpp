@@ -4,14 +4,18 @@
 #include "UpwardCalls.h"
 #include "VELSysNLSCore.h"
 #include "VELSysUCAlgorithm.h"
+#include "VELSysUCDecoder.h"
 
 #include <algorithm>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <mutex>
 #include <vector>
+
+using namespace VEL::UCS::internal;
 
 namespace {
 
@@ -28,6 +32,34 @@ void Retire(const VELSysCodePage* converter) {
     static std::vector<std::unique_ptr<const VELSysCodePage>> retired;
     const std::lock_guard lock(guard);
     retired.emplace_back(converter);
+}
+
+constexpr int MaxUnitsOfACharacter = 2;
+/// As much as a conversion asks of its callers.
+constexpr int MaxBytesOfACharacter = 4 * MaxUnitsOfACharacter;
+
+/// Takes one character of UTF-8; 0 for a byte that can't be decoded and at the end. Only a character that is there as a
+/// whole, whatever its first byte says, is decoded without a look at the end.
+unsigned int TakeUTF8(const char*& src, unsigned long& left) {
+    if (src == nullptr || left == 0) {
+        return 0;
+    }
+    const char* const start = src;
+    unsigned int code = 0;
+    if (left >= UTF8MaxLength) {
+        code = _DecodeUTF8Fast(src);
+    } else if (_DecodeUTF8Tail(src, src + left, code) != UTF8Decoded) {
+        code = 0;
+        ++src;
+    }
+    left -= static_cast<unsigned long>(src - start);
+    return code;
+}
+
+int ReportBug(const char* message) {
+    std::fputs(message, stderr);
+    std::fflush(stderr);
+    return -1;
 }
 
 } // namespace
@@ -106,6 +138,113 @@ int VELSysCodePage::ConvertUTF16ToMBCS(const unsigned short* src, int length, ch
     return (this->*_fromUTF16)(src, length, dst, written);
 }
 
+int VELSysCodePage::CanConvertUTF16ToMBCS(const unsigned short* src, int length) const {
+    if (src == nullptr) {
+        return 0;
+    }
+    for (int i = 0; i < length;) {
+        const int units = IsHighSurrogate(src[i]) && i + 1 < length ? 2 : 1;
+        char bytes[MaxBytesOfACharacter + 1];
+        int byteCount = 0;
+        ConvertUTF16ToMBCS(src + i, units, bytes, &byteCount);
+        unsigned short back[MaxBytesOfACharacter + 1];
+        int backCount = 0;
+        ConvertMBCSToUTF16(bytes, byteCount, back, &backCount);
+        if (backCount != units || !std::equal(back, back + units, src + i)) {
+            return -1;
+        }
+        i += units;
+    }
+    return 0;
+}
+
+int VELSysCodePage::CanConvertMBCSToUTF16(const char* src, unsigned long length) const {
+    if (src == nullptr) {
+        return 0;
+    }
+    while (length > 0) {
+        const char* const start = src;
+        unsigned short units[MaxUnitsOfACharacter];
+        const int count = GetNextMultiByteCharAsUTF16(units, src, length);
+        if (count > MaxUnitsOfACharacter) {
+            return ReportBug("ERROR: VELSysCodePage::CanConvertMBCSToUTF16 - an overflow has occurred!\n");
+        }
+        if (src == start) {
+            return ReportBug("ERROR: VELSysCodePage::GetNextMultiByteCharAsUTF16 is probably bugged!\n");
+        }
+        char bytes[MaxBytesOfACharacter + 1];
+        int byteCount = 0;
+        ConvertUTF16ToMBCS(units, count, bytes, &byteCount);
+        if (byteCount != src - start || !std::equal(start, src, bytes)) {
+            return -1;
+        }
+    }
+    return 0;
+}
+
+int VELSysCodePage::GetNextMultiByteCharAsUTF16(unsigned short* out, const char*& src, unsigned long& left) const {
+    if (_isUTF8) {
+        return static_cast<int>(WriteUTF16(TakeUTF8(src, left), out) - out);
+    }
+    if (src == nullptr || left == 0) {
+        *out = 0;
+        return 1;
+    }
+    const int offered = static_cast<int>(std::min<unsigned long>(left, INT_MAX));
+    const char* next = src;
+    unsigned short units[MaxUnitsOfACharacter + 1];
+    int count = 0;
+    for (int room = 1; room <= MaxUnitsOfACharacter && count < 1; ++room) {
+        next = src;
+        int rest = offered;
+        count = room;
+        (this->*_toUTF16)(next, rest, units, count);
+    }
+    const auto consumed = static_cast<unsigned long>(next - src);
+    if (count > 0) {
+        std::copy(units, units + std::min(count, MaxUnitsOfACharacter), out);
+        src = next;
+        left -= consumed;
+        return count;
+    }
+    if (consumed == 0) {
+        // A caller's loop must get on.
+        ++src;
+        --left;
+    }
+    if (consumed < static_cast<unsigned long>(offered) && *next != 0) {
+        return 0;
+    }
+    *out = 0;
+    return 1;
+}
+
+int VELSysCodePage::GetNextMultiByteCharAsUTF32(unsigned int& out, const char*& src, unsigned long& left) const {
+    if (_isUTF8) {
+        out = TakeUTF8(src, left);
+        return 1;
+    }
+    unsigned short units[MaxUnitsOfACharacter];
+    const int count = GetNextMultiByteCharAsUTF16(units, src, left);
+    if (count > 0) {
+        out = count > 1 && IsHighSurrogate(units[0]) ? JoinSurrogates(units[0], units[1]) : units[0];
+    }
+    return count;
+}
+
+int VELSysCodePage::GetNextMultiByteCharAsUTF8(char* out, const char*& src, unsigned long& left) const {
+    if (_isUTF8) {
+        const char* const start = src;
+        TakeUTF8(src, left);
+        return static_cast<int>(std::copy(start, src, out) - out);
+    }
+    unsigned int code = 0;
+    if (GetNextMultiByteCharAsUTF32(code, src, left) < 1) {
+        return 0;
+    }
+    return static_cast<int>(_EncodeUTF8(code, out) - out);
+}
+
 int VELSysCodePage::_UTF8toUTF16(const char*& src, int& srcLength, unsigned short* dst, int& dstLength) const {
     if (dstLength == NoRoomGiven) {
         unsigned short* end = VELSysUCAlgorithm::unchecked::utf8to16(src, src + srcLength, dst);
@@ -174,8 +313,12 @@ const VELSysCodePage& VELSysCodePage::GetEnvConverter() {
                                                std::memory_order_acquire)) {
         return *published;
     }
-    published = made.release();
-    VEL::internal::TellDebuggerOfCodePage(published->IsUTF8());
+    static_cast<void>(made.release());
+    // Told again when a change of language came in between, whose word this would overwrite.
+    do {
+        published = _sCPConverter.load(std::memory_order_acquire);
+        VEL::internal::TellDebuggerOfCodePage(published->IsUTF8());
+    } while (published != _sCPConverter.load(std::memory_order_acquire));
     return *published;
 }
 

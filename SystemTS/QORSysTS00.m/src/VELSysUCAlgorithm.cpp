@@ -5,6 +5,7 @@
 #include "VELSysUCShortText.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 
 using namespace VEL::UCS::internal;
@@ -208,18 +209,18 @@ struct ToUTF8 {
 };
 
 template <class Direction>
-unsigned int MeasureAll(const typename Direction::Source* p, const typename Direction::Source* end) {
+unsigned long MeasureAll(const typename Direction::Source* p, const typename Direction::Source* end) {
     const auto measure = ActiveKernels().*Direction::Measure;
-    unsigned int count = 0;
+    unsigned long count = 0;
     while (p < end) {
         if (end - p >= KernelMinimum) {
             const auto measured = measure(p, end);
-            count += static_cast<unsigned int>(measured.length);
+            count += measured.length;
             p = measured.source;
         }
         const auto* const stretchEnd = StretchEnd(p, end);
         while (p < stretchEnd) {
-            count += Direction::Length(Direction::Decode(p, end));
+            count += static_cast<unsigned long>(Direction::Length(Direction::Decode(p, end)));
         }
     }
     return count;
@@ -287,7 +288,11 @@ int ConvertResumably(const typename Direction::Source*& src, int& len, typename 
     const auto* p = src;
     const auto* const end = src + len;
     if (dst == nullptr) {
-        const unsigned int count = MeasureAll<Direction>(p, end);
+        const unsigned long count = MeasureAll<Direction>(p, end);
+        // A number that the result can't tell.
+        if (count > INT_MAX) {
+            return -1;
+        }
         src = nullptr;
         len = 0;
         return static_cast<int>(count);

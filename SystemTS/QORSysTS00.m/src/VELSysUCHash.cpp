@@ -1,6 +1,6 @@
 #include "VELSysUCAlgorithm.h"
 
-#include "VELSysCodePage.h"
+#include "EnvironmentConverter.h"
 #include "VELSysUCDecoder.h"
 #include "VELSysUCHashSteps.h"
 #include "VELSysUCKernels.h"
@@ -136,7 +136,7 @@ unsigned int VELSysUCAlgorithm::HashV3FromMBCS(const char* text, unsigned long n
     if (text == nullptr) {
         return seed;
     }
-    const VELSysCodePage& converter = codePage != nullptr ? *codePage : VELSysCodePage::GetEnvConverter();
+    const VELSysCodePage& converter = codePage != nullptr ? *codePage : VEL::internal::EnvironmentConverter();
     unsigned int hash = seed;
     while (text != nullptr) {
         unsigned short batch[BatchUnits + 1];

@@ -1,0 +1,1 @@
+qor_add_fuzzer(VectorFuzz SOURCES VectorFuzz.cpp LINK QORSysTS_static)

@@ -1,0 +1,21 @@
+qor_add_test(QORSysTSArrayListAbstractCtnrTest
+  SOURCES QORSysTSArrayListAbstractCtnrFTSTest.cpp QORSysTSArrayListAbstractCtnrTest.cpp ArrayAllocations.cpp
+  LINK QORSysTS_static)
+qor_wrap(QORSysTSArrayListAbstractCtnrTest pthread_mutex_lock pthread_mutex_unlock)
+
+# Strings as elements: the tests choose the environment's code page themselves.
+qor_add_test(VectorFamilyTest
+  SOURCES
+    ArrayAllocations.cpp
+    VectorElementsTest.cpp
+    VectorFamilyTest.cpp
+    VectorIteratorTest.cpp
+    VectorModelTest.cpp
+    ../QORSysTS00.m/StringEnvironment.cpp
+  LINK QORSysTS_static
+  PRIVATE_INCLUDE ${PROJECT_SOURCE_DIR}/SystemTS/containers ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m)
+qor_wrap(VectorFamilyTest
+  _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev)
+# Each test exists once per container or engine: without optimisation they compile in a fifth of the time.
+target_compile_options(QORSysTSArrayListAbstractCtnrTest PRIVATE -O0)
+target_compile_options(VectorFamilyTest PRIVATE -O0)
