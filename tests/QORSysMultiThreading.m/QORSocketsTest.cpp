@@ -202,7 +202,7 @@ TEST_F(QORSocketsTest, APeerThatTakesNothingIsNotWaitedForBeyondTheLimit) {
 }
 
 TEST_F(QORSocketsTest, APeerThatKeepsTheSocketFullIsNotReadFromBeyondTheLimit) {
-    std::vector<char> much(64 << 20);
+    std::vector<char> much(2 << 20);
     unsigned int received = 0;
     server->SetWaitLimit(20);
     TirelessPeer peer;
@@ -213,7 +213,7 @@ TEST_F(QORSocketsTest, APeerThatKeepsTheSocketFullIsNotReadFromBeyondTheLimit) {
 }
 
 TEST_F(QORSocketsTest, APeerThatKeepsTakingIsNotSentToBeyondTheLimit) {
-    const std::vector<char> much(64 << 20);
+    const std::vector<char> much(2 << 20);
     server->SetWaitLimit(20);
     TirelessPeer peer;
     EXPECT_EQ(server->Send(much.data(), static_cast<unsigned int>(much.size())), -1);
@@ -223,7 +223,7 @@ TEST_F(QORSocketsTest, APeerThatKeepsTakingIsNotSentToBeyondTheLimit) {
 
 TEST_F(QORSocketsTest, ThePlatformIsNotAskedToMoveSoMuchThatItOutlastsTheLimit) {
     constexpr size_t soon = 1 << 20;
-    std::vector<char> much(64 << 20);
+    std::vector<char> much(2 << 20);
     const auto size = static_cast<unsigned int>(much.size());
     server->SetWaitLimit(1);
     TirelessPeer peer;

@@ -220,11 +220,15 @@ TEST(QORToken, AgreesWithThePlainForm) {
 
 TEST(QORToken, AgreesWithThePlainFormInLongTokens) {
     for (std::size_t length = 0; length < 70; ++length) {
-        const std::u16string text =
-            std::u16string(length, u'x') + u"," + std::u16string(length, u',') + std::u16string(length, u'y');
-        for (const char16_t* delimiters : {u",", u",;", u",;:!", u",;:!?"}) {
-            for (const unsigned char keepEmpty : {0, 1}) {
-                ASSERT_EQ(Tokens(text, delimiters, keepEmpty), PlainTokens(text, delimiters, keepEmpty != 0)) << length;
+        for (const std::u16string delimiters : {u",", u",;", u",;:!", u",;:!?", u",;:!?\u20ac"}) {
+            // Each delimiter in turn, the last one too.
+            for (const char16_t delimiter : delimiters) {
+                const std::u16string text =
+                    std::u16string(length, u'x') + std::u16string(length + 1, delimiter) + std::u16string(length, u'y');
+                for (const unsigned char keepEmpty : {0, 1}) {
+                    ASSERT_EQ(Tokens(text, delimiters, keepEmpty), PlainTokens(text, delimiters, keepEmpty != 0))
+                        << length;
+                }
             }
         }
     }

@@ -347,3 +347,11 @@ TEST(CanConvertMBCSToUTF16, RefusesAByteThatGivesNothing) {
     EXPECT_EQ(CanConvert(ScriptedCodePage(Gives(0, {})), "x"), -1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
+
+TEST(CanConvertMBCSToUTF16, RefusesAWayBackThatIsLonger) {
+    const auto twice = [](const unsigned short* src, int, char* dst, int* written) {
+        dst[0] = dst[1] = static_cast<char>(*src);
+        return *written = 2;
+    };
+    EXPECT_EQ(CanConvert(ScriptedCodePage(Gives(1, {'x'}), twice), "x"), -1);
+}
