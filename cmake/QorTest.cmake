@@ -1,7 +1,9 @@
-# qor_add_test(<name> SOURCES <files...> [LINK <libs...>] [PRIVATE_INCLUDE <dirs...>] [PROPERTIES <test properties...>])
+# qor_add_test(<name> SOURCES <files...> [LINK <libs...>] [PRIVATE_INCLUDE <dirs...>] [PROPERTIES <test properties...>]
+#              [EXHAUSTIVE])
 #
 # A GoogleTest program whose tests CTest runs one process each, so that once-per-process state is fresh in every test.
-# tests/support gives it its `main` and child processes.
+# tests/support gives it its `main` and child processes. EXHAUSTIVE tests go through so much input that they are
+# optimised in every build.
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
@@ -10,13 +12,21 @@ target_include_directories(qor_test_support PUBLIC ${PROJECT_SOURCE_DIR}/tests/s
 target_link_libraries(qor_test_support PUBLIC GTest::gmock GTest::gtest)
 
 function(qor_add_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_INCLUDE;PROPERTIES" ${ARGN})
+  cmake_parse_arguments(ARG "EXHAUSTIVE" "" "SOURCES;LINK;PRIVATE_INCLUDE;PROPERTIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE
     ${PROJECT_SOURCE_DIR}/SystemTS/QORSysTS00.m/LocalInterfaces ${ARG_PRIVATE_INCLUDE})
   target_link_libraries(${name} PRIVATE ${ARG_LINK} qor_test_support)
-  # Tests are many and run once: they are built for a quick build.
-  target_compile_options(${name} PRIVATE -O1 -g1)
+  # Tests are many and run once: they are built for a quick build. Sanitizers look at the library; of them the tests
+  # themselves bear what comes at no great cost.
+  if(QORSYSTS_SANITIZE AND NOT ARG_EXHAUSTIVE)
+    target_compile_options(${name} PRIVATE -O0 -g1)
+  else()
+    target_compile_options(${name} PRIVATE -O1 -g1)
+  endif()
+  if(QORSYSTS_SANITIZE MATCHES "undefined")
+    target_compile_options(${name} PRIVATE -fno-sanitize=undefined)
+  endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 ${ARG_PROPERTIES})
 endfunction()
 

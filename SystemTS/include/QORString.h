@@ -6,6 +6,7 @@
 #include "QORSysTSExport.h"
 #include "VELStringHandle.h"
 
+#include <cstddef>
 #include <iosfwd>
 
 /// Narrow text that is meant to be plain. Always narrow, and one byte is one character: lengths and positions count
@@ -31,15 +32,18 @@ public:
     QORString(char* s);
     /// The same for text that may not be written.
     QORString(const char* s) : QORString(const_cast<char*>(s)) {}
+    /// Empty.
+    QORString(std::nullptr_t) noexcept : QORString() {}
     /// Shares the block. A null handle is reported through VELDebugBreak(), and the copy is empty.
     QORSYSTS_INLINE QORString(const QORString& s) noexcept : _text(s._text) {
         if (_text == nullptr) {
-            _ReportNullHandle();
+            s._ReportNullHandle();
+            _text = s._text;
         }
         VEL::internal::AddHandle(_text);
     }
     /// Takes the block; `s` is empty afterwards.
-    QORSYSTS_INLINE QORString(QORString&& s) noexcept : _text(s._text) { s._text = VEL::internal::EmptyHandle(); }
+    QORSYSTS_INLINE QORString(QORString&& s) noexcept : _text(s._Repaired()) { s._text = VEL::internal::EmptyHandle(); }
     /// `n` copies of a byte. An `n` of 0 gives an empty string.
     QORString(QORChar c, unsigned long n);
     /// `n` copies of the text of `s`; one copy shares the block.
@@ -52,7 +56,7 @@ public:
 
     /// Shares the block of `s`. Two strings on one block stay as they are.
     QORSYSTS_INLINE QORString& operator=(const QORString& s) noexcept {
-        if (_text != s._text) {
+        if (_Repaired() != s._Repaired()) {
             char* const text = s._text;
             VEL::internal::AddHandle(text);
             VEL::internal::DropHandle(_text);
@@ -63,7 +67,7 @@ public:
     /// Takes the block of `s`, which is empty afterwards. Moving a string to itself changes nothing.
     QORSYSTS_INLINE QORString& operator=(QORString&& s) noexcept {
         if (this != &s) {
-            char* const text = s._text;
+            char* const text = s._Repaired();
             s._text = VEL::internal::EmptyHandle();
             VEL::internal::DropHandle(_text);
             _text = text;
@@ -205,6 +209,13 @@ private:
     friend struct VEL::internal::StringAccess;
 
     void _ReportNullHandle() const;
+    /// The handle, which is never null from here on.
+    char* _Repaired() const noexcept {
+        if (_text == nullptr) {
+            _text = VEL::internal::EmptyHandle();
+        }
+        return _text;
+    }
     QORSYSTS_PRIVATE void _Prepare() const;
 
     mutable char* _text; ///< The first text unit of the block.

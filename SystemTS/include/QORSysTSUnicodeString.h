@@ -85,7 +85,9 @@ public:
     unsigned int HashFunc() const;
 
     /// Appends the text of `s`, as QORUnicodeString::Append().
-    QORSysTSUnicodeString& Append(const QORSysTSUnicodeString& s);
+    QORSYSTS_INLINE QORSysTSUnicodeString& Append(const QORSysTSUnicodeString& s) {
+        return VEL::internal::AppendShortText(_text, s._text) ? *this : _AppendText(s);
+    }
     /// Appends several texts at once, in the main representation of this string: to a narrow string, a wide text is
     /// appended as narrow text.
     QORSysTSUnicodeString& Append(const QORSysTSUnicodeString& a, const QORSysTSUnicodeString& b);
@@ -97,8 +99,9 @@ public:
     QORSysTSUnicodeString& Append(const QORSysTSUnicodeString& s, int start, int end);
     /// Inserts `s` in front of the unit at `pos`. @return As ReplaceRange().
     int Insert(int pos, const QORSysTSUnicodeString& s);
-    /// Inserts what stands in `s` from `start` up to but not including `end`. @return 0, or VEL::StatusFailure when
-    /// nothing was inserted.
+    /// Inserts what stands in `s` from `start` up to but not including `end`. `pos` is measured in the units of the
+    /// main representation, and must be one of UTF-16 too for anything to happen. @return 0, or VEL::StatusFailure for
+    /// a `pos` that is not within the string and for a range that is not within `s` or is empty.
     int Insert(int pos, const QORSysTSUnicodeString& s, int start, int end);
     /// Replaces the units from `start` up to but not including `end` by `s`; the string becomes wide. @return 0, or
     /// VEL::StatusFailure for a null handle or a range that is not within the string, which change nothing.
@@ -131,12 +134,22 @@ public:
     /// @param ignoreCase  0: as `strcmp`; otherwise as `strcasecmp`.
     int Compare(const QORSysTSUnicodeString& other, unsigned char ignoreCase) const;
     // Equality and ordering as of QORUnicodeString.
-    bool operator==(const QORSysTSUnicodeString& other) const;
-    bool operator!=(const QORSysTSUnicodeString& other) const;
-    bool operator<(const QORSysTSUnicodeString& other) const;
-    bool operator<=(const QORSysTSUnicodeString& other) const;
-    bool operator>(const QORSysTSUnicodeString& other) const;
-    bool operator>=(const QORSysTSUnicodeString& other) const;
+    QORSYSTS_INLINE bool operator==(const QORSysTSUnicodeString& other) const {
+        return VEL::internal::AreEqualTexts(_text, other._text);
+    }
+    QORSYSTS_INLINE bool operator!=(const QORSysTSUnicodeString& other) const { return !(*this == other); }
+    QORSYSTS_INLINE bool operator<(const QORSysTSUnicodeString& other) const {
+        return VEL::internal::OrderTexts(_text, other._text) < 0;
+    }
+    QORSYSTS_INLINE bool operator<=(const QORSysTSUnicodeString& other) const {
+        return VEL::internal::OrderTexts(_text, other._text) <= 0;
+    }
+    QORSYSTS_INLINE bool operator>(const QORSysTSUnicodeString& other) const {
+        return VEL::internal::OrderTexts(_text, other._text) > 0;
+    }
+    QORSYSTS_INLINE bool operator>=(const QORSysTSUnicodeString& other) const {
+        return VEL::internal::OrderTexts(_text, other._text) >= 0;
+    }
 
     /// Builds in storage that the caller provides, as the generated containers do.
     QORSYSTS_INLINE static void* operator new(unsigned long, void* where) noexcept { return where; }
@@ -148,6 +161,8 @@ public:
 
 private:
     friend struct VEL::internal::StringAccess;
+
+    QORSysTSUnicodeString& _AppendText(const QORSysTSUnicodeString& s);
 
     char* _text; ///< The first text unit of the block.
 };

@@ -164,12 +164,12 @@ public:
     /// Length in bytes of the environment's code page; builds the multi-byte view of a wide string.
     int GetLengthInByte() const;
     /// True for a string without text and for a null handle.
-    bool IsEmpty() const;
+    QORSYSTS_INLINE bool IsEmpty() const { return _text == nullptr || VEL::internal::TextLength(_text) == 0; }
     /// The code point that starts at unit `i`: a high surrogate is joined with the unit behind it, and the index of
     /// that unit gives the unit by itself. Code 0 beyond the end and for a null handle.
     QORUnicodeChar operator[](unsigned long i) const;
-    /// The hash of the text, 31 bits: equal text has an equal hash whatever its representation, but for narrow text that
-    /// ends inside a character. A null handle has 0.
+    /// The hash of the text, 31 bits: equal text has an equal hash whatever its representation, but for narrow text
+    /// that ends inside a character. A null handle has 0.
     unsigned int ComputeHashKey() const;
     /// A static block of 16 zero bytes.
     static const void* ClassId();
@@ -185,9 +185,11 @@ public:
     QORUnicodeString& Resize(int n);
     /// Appends the text of `s`, which may be this string. Narrow while both are, otherwise wide. A null handle on
     /// either side leaves the string as it is.
-    QORUnicodeString& Append(const QORUnicodeString& s);
+    QORSYSTS_INLINE QORUnicodeString& Append(const QORUnicodeString& s) {
+        return VEL::internal::AppendShortText(_text, s._text) ? *this : _AppendText(s);
+    }
     /// Append().
-    QORUnicodeString& operator+=(const QORUnicodeString& s);
+    QORSYSTS_INLINE QORUnicodeString& operator+=(const QORUnicodeString& s) { return Append(s); }
     /// Appends a character; the string becomes wide.
     QORUnicodeString& operator+=(const QORUnicodeChar& c);
     /// The joined text.
@@ -236,15 +238,19 @@ public:
     /// @return Below, equal to or above 0; -1 for a null handle here, 1 for one in `other`.
     int SortCompare(const QORUnicodeString& other, int mode) const;
     /// SortCompare() with a `mode` of 0.
-    int SortCompare(const QORUnicodeString& other) const;
+    QORSYSTS_INLINE int SortCompare(const QORUnicodeString& other) const {
+        return VEL::internal::OrderTexts(_text, other._text);
+    }
     // By the sign of SortCompare().
-    bool operator<(const QORUnicodeString& other) const;
-    bool operator<=(const QORUnicodeString& other) const;
-    bool operator>(const QORUnicodeString& other) const;
-    bool operator>=(const QORUnicodeString& other) const;
+    QORSYSTS_INLINE bool operator<(const QORUnicodeString& other) const { return SortCompare(other) < 0; }
+    QORSYSTS_INLINE bool operator<=(const QORUnicodeString& other) const { return SortCompare(other) <= 0; }
+    QORSYSTS_INLINE bool operator>(const QORUnicodeString& other) const { return SortCompare(other) > 0; }
+    QORSYSTS_INLINE bool operator>=(const QORUnicodeString& other) const { return SortCompare(other) >= 0; }
     /// Equality of text, whatever the representation. A null handle equals nothing but another one.
-    bool operator==(const QORUnicodeString& other) const;
-    bool operator!=(const QORUnicodeString& other) const;
+    QORSYSTS_INLINE bool operator==(const QORUnicodeString& other) const {
+        return VEL::internal::AreEqualTexts(_text, other._text);
+    }
+    QORSYSTS_INLINE bool operator!=(const QORUnicodeString& other) const { return !(*this == other); }
     /// Equality with narrow text; null and "" equal an empty string.
     bool operator==(const char* s) const;
     bool operator!=(const char* s) const;
@@ -256,6 +262,8 @@ public:
 
 private:
     friend struct VEL::internal::StringAccess;
+
+    QORUnicodeString& _AppendText(const QORUnicodeString& s);
 
     char* _text; ///< The first text unit of the block.
 };

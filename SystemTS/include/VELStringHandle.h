@@ -2,12 +2,13 @@
 /// What the three string classes share: how a handle counts the block that it points into.
 ///
 /// A string object is one pointer, to the first text unit of a shared, reference-counted block. The block's header
-/// stands directly in front of the text. Only the count is touched here, so that copying and destroying a handle is
-/// compiled into the caller; everything else about the block is the library's own.
+/// stands directly in front of the text. What is read and counted here is compiled into the caller, so that copying,
+/// destroying and comparing strings costs no call; everything else about the block is the library's own.
 #pragma once
 
 #include "QORSysTSExport.h"
 
+#include <cstring>
 #include <sys/single_threaded.h>
 
 // Members that callers inline are also names of the library, whether the compiler inlines them or not; the source file
@@ -92,6 +93,107 @@ inline int DropHandle(char* text) noexcept {
 /// null handle, although no program may look at a destroyed object.
 inline void ClearHandle(char*& text) noexcept {
     *const_cast<char* volatile*>(&text) = nullptr;
+}
+
+/// Where other fields of a block stand in front of the text.
+constexpr long FlagsOffset = 2;
+constexpr long CapacityOffset = 14;
+constexpr long LengthOffset = 18;
+constexpr long SecondViewOffset = 26;
+/// Flags: the text is UTF-16, and the cached hash is not that of the text.
+constexpr unsigned short WideTextFlag = 1;
+constexpr unsigned short StaleHashFlag = 2;
+
+/// The flags of a block. Readers may change any of them but the one for UTF-16, which is the block's for good.
+inline unsigned short TextFlags(const char* text) noexcept {
+    return __atomic_load_n(reinterpret_cast<const unsigned short*>(text - FlagsOffset), __ATOMIC_RELAXED);
+}
+
+/// Bytes or UTF-16 units, by the text's encoding.
+inline int TextLength(const char* text) noexcept {
+    return *reinterpret_cast<const int*>(text - LengthOffset);
+}
+
+/// True when neither is null or the empty block's.
+inline bool AreCounted(const char* a, const char* b) noexcept {
+    return (reinterpret_cast<unsigned long>(a) & reinterpret_cast<unsigned long>(b) & CountedAddressBit) != 0;
+}
+
+/// Equality of any two handles' texts; null equals null alone.
+QORSYSTS_EXPORT bool AreEqualAnyTexts(const char* a, const char* b) noexcept;
+
+/// Equality of a text in UTF-16 with a narrow one, whose second view is made on demand.
+inline bool AreEqualAcrossEncodings(const char* wide, const char* narrow) noexcept {
+    // Acquire: with the pointer comes the view, a 32-bit length and the text behind it.
+    const char* view =
+        __atomic_load_n(reinterpret_cast<const char* const*>(narrow - SecondViewOffset), __ATOMIC_ACQUIRE);
+    if (view == nullptr) {
+        return AreEqualAnyTexts(wide, narrow);
+    }
+    const int length = *reinterpret_cast<const int*>(view);
+    return length == TextLength(wide) &&
+           std::memcmp(wide, view + sizeof length, static_cast<unsigned long>(length) * sizeof(short)) == 0;
+}
+
+/// AreEqualAnyTexts(), mostly without a call.
+inline bool AreEqualTexts(const char* a, const char* b) noexcept {
+    if (a == b) {
+        return true;
+    }
+    if (!AreCounted(a, b)) {
+        return AreEqualAnyTexts(a, b);
+    }
+    const unsigned int wide = TextFlags(a) & WideTextFlag;
+    if (wide != (TextFlags(b) & WideTextFlag)) {
+        return wide != 0 ? AreEqualAcrossEncodings(a, b) : AreEqualAcrossEncodings(b, a);
+    }
+    const int length = TextLength(a);
+    return length == TextLength(b) && std::memcmp(a, b, static_cast<unsigned long>(length) << wide) == 0;
+}
+
+/// The order of any two handles' texts; see QORUnicodeString::SortCompare(). @param byUnits  Of UTF-16 units always.
+QORSYSTS_EXPORT int OrderAnyTexts(const char* a, const char* b, bool byUnits) noexcept;
+
+/// OrderAnyTexts() by bytes where both texts are narrow, which takes no call.
+inline int OrderTexts(const char* a, const char* b) noexcept {
+    if (AreCounted(a, b) && ((TextFlags(a) | TextFlags(b)) & WideTextFlag) == 0) {
+        return std::strcmp(a, b);
+    }
+    return OrderAnyTexts(a, b, false);
+}
+
+/// Appends a short narrow text to one that nobody else holds, that has room for it and that has no second view and no
+/// hash that would go stale. @return False when one of these is missing; then nothing has changed.
+inline bool AppendShortText(char* text, const char* added) noexcept {
+    constexpr unsigned long Short = 16;
+    // The count comes first. Acquire: what readers on other handles made of the block before they went is there.
+    if (!AreCounted(text, added) || __atomic_load_n(HandleCount(text), __ATOMIC_ACQUIRE) != 1 ||
+        TextFlags(text) != StaleHashFlag || (TextFlags(added) & WideTextFlag) != 0 ||
+        __atomic_load_n(reinterpret_cast<void* const*>(text - SecondViewOffset), __ATOMIC_RELAXED) != nullptr) {
+        return false;
+    }
+    const int length = TextLength(text);
+    const auto count = static_cast<unsigned long>(TextLength(added));
+    const long newLength = length + static_cast<long>(count);
+    if (count > Short || newLength >= *reinterpret_cast<const int*>(text - CapacityOffset)) {
+        return false;
+    }
+    char* const end = text + length;
+    // Two words that overlap where the text is shorter than both.
+    if (count >= 8) {
+        unsigned long words[2];
+        std::memcpy(&words[0], added, 8);
+        std::memcpy(&words[1], added + count - 8, 8);
+        std::memcpy(end, &words[0], 8);
+        std::memcpy(end + count - 8, &words[1], 8);
+    } else {
+        for (unsigned long i = 0; i < count; ++i) {
+            end[i] = added[i];
+        }
+    }
+    end[count] = 0;
+    *reinterpret_cast<int*>(text - LengthOffset) = static_cast<int>(newLength);
+    return true;
 }
 
 struct StringAccess;

@@ -5,6 +5,7 @@ include(${CMAKE_CURRENT_LIST_DIR}/TestLocales.cmake)
 qor_add_test(CharactersAndTokensTest
   SOURCES
     FailingNew.cpp
+    FakeConverter.cpp
     HeapLog.cpp
     QORCharTest.cpp
     QORSysTSCodePageTest.cpp

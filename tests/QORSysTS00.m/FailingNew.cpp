@@ -1,12 +1,8 @@
 /// @file
-/// Operator `new` and `realloc` as requests to the heap that a HeapShortage refuses, too.
+/// Operator `new` as a request to the heap that a HeapShortage refuses, too.
 
 #include "HeapLog.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
-#include <malloc.h>
 #include <new>
 
 extern "C" void* __real__Znwm(std::size_t size);
@@ -28,14 +24,4 @@ extern "C" void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow
 
 extern "C" void* __wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
     return HeapShortage::Refuses() ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
-}
-
-// By `malloc`, so that it is logged and refused as all that is.
-extern "C" void* __wrap_realloc(void* block, std::size_t size) {
-    void* const larger = std::malloc(size);
-    if (larger != nullptr && block != nullptr) {
-        std::memcpy(larger, block, std::min(malloc_usable_size(block), size));
-        std::free(block);
-    }
-    return larger;
 }

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <utility>
 
 namespace {
@@ -139,4 +142,14 @@ void InsideNextRequest(std::function<void()> action) {
 
 int DebugBreaks() {
     return s_debugBreaks;
+}
+
+// By `malloc`, so that it is logged and refused as all that is.
+extern "C" void* __wrap_realloc(void* block, std::size_t size) {
+    void* const larger = std::malloc(size);
+    if (larger != nullptr && block != nullptr) {
+        std::memcpy(larger, block, std::min(malloc_usable_size(block), size));
+        std::free(block);
+    }
+    return larger;
 }

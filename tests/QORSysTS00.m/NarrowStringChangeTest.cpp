@@ -349,13 +349,18 @@ TEST_P(NarrowResize, BelowTheLengthCutsOrLeaves) {
                 NarrowSubject kept(TheState(), text);
                 EXPECT_EQ(&way(kept.s, n, 'x', 0), &kept.s);
                 ExpectOnlyNormalised(kept, text);
-                NarrowSubject cut(TheState(), text);
-                EXPECT_EQ(&way(cut.s, n, 'x', 1), &cut.s);
-                ExpectBytes(cut, bytes.substr(0, static_cast<std::size_t>(std::max(n, 0))));
-                if (TheState() == State::Narrow) {
-                    EXPECT_EQ(cut.Now(), cut.BlockBefore());
-                } else if (n > 0 && IsShared(TheState())) {
-                    EXPECT_NE(cut.Now(), cut.BlockBefore());
+                for (const int truncate : {1, 2, -1}) {
+                    NarrowSubject cut(TheState(), text);
+                    EXPECT_EQ(&way(cut.s, n, 'x', truncate), &cut.s);
+                    ExpectBytes(cut, bytes.substr(0, static_cast<std::size_t>(std::max(n, 0))));
+                    if (TheState() == State::Narrow) {
+                        EXPECT_EQ(cut.Now(), cut.BlockBefore());
+                    } else if (n > 0 && IsShared(TheState())) {
+                        EXPECT_NE(cut.Now(), cut.BlockBefore());
+                    }
+                    if (n > 0 && TheState() == State::NarrowShared) {
+                        EXPECT_EQ(cut.Now()->_capacity, CapacityFor(false, n)) << "of that length";
+                    }
                 }
             }
         }

@@ -172,6 +172,42 @@ TEST(NarrowLineOfABadStream, SkippingWhiteSpaceEndsWithTheText) {
     EXPECT_EQ(s.Length(), 0);
 }
 
+TEST(NarrowLineOfABadStream, IsKeptWhateverExceptionsTheStreamIsAskedFor) {
+    constexpr auto Mask = std::ios::eofbit | std::ios::failbit;
+    for (const std::string& text : {std::string(), std::string("abc"), std::string("abc\ndef"), std::string("  "),
+                                    LongText(158), LongText(158) + "\ndef"}) {
+        for (const int skipWhite : {0, 1}) {
+            SCOPED_TRACE(text);
+            std::istringstream plain(text);
+            std::istringstream in(text);
+            in.exceptions(Mask);
+            // The third call finds a stream that failed before.
+            for (int call = 0; call < 3; ++call) {
+                QORString expected;
+                expected.ReadLine(plain, skipWhite);
+                QORString s("old");
+                EXPECT_NO_THROW(s.ReadLine(in, skipWhite));
+                EXPECT_EQ(BytesOf(s), BytesOf(expected));
+                EXPECT_EQ(in.exceptions(), Mask);
+                EXPECT_EQ(in.rdstate(), plain.rdstate());
+            }
+        }
+    }
+}
+
+TEST(NarrowLineOfABadStream, NeverThrowsWhenTheSourceBreaks) {
+    constexpr auto Mask = std::ios::badbit | std::ios::failbit;
+    for (const int skipWhite : {0, 1}) {
+        FailingSource source("abc");
+        std::istream in(&source);
+        in.exceptions(Mask);
+        QORString s("old");
+        EXPECT_NO_THROW(s.ReadLine(in, skipWhite));
+        EXPECT_EQ(BytesOf(s), "abc");
+        EXPECT_EQ(in.exceptions(), Mask);
+    }
+}
+
 TEST(NarrowLineStated, EndsAChunkAtAZeroByte) {
     std::istringstream in(std::string("ab\0cd\nnext", 10));
     QORString s;

@@ -104,10 +104,16 @@ TEST_P(NarrowRepetition, OfAStringStandsSoManyTimes) {
         }
         NarrowSubject subject(TheState(), text);
         const QORString shared(subject.s, 1);
-        EXPECT_EQ(subject.s.Length(), static_cast<int>(NarrowForm(text).size()));
+        // The block that is shared is the narrow one on which the string stands from then on.
+        EXPECT_EQ(StringAccess::BlockOf(shared), subject.Now());
+        EXPECT_EQ(BytesOf(subject.s), NarrowForm(text));
         if (TheState() == State::Narrow) {
-            EXPECT_EQ(StringAccess::BlockOf(shared), subject.BlockBefore());
-            EXPECT_EQ(subject.BlockBefore()->_refCount, 2);
+            EXPECT_EQ(subject.Now(), subject.BlockBefore());
+        }
+        if (subject.Now()->IsTheEmptyBlock()) {
+            ExpectTheEmptyBlockIntact();
+        } else {
+            EXPECT_EQ(subject.Now()->_refCount, TheState() == State::NarrowShared ? 3 : 2);
         }
     }
 }
@@ -172,6 +178,22 @@ TEST(UncheckedUTF8Stated, MayComeOutOfTheStringItself) {
     QORString s("abcdef");
     EXPECT_EQ(QORSysUTF8Str(&s, s.CastToCharPtr() + 2), 0);
     EXPECT_EQ(BytesOf(s), "cdef");
+}
+
+// Large enough that its memory goes when the string leaves it.
+TEST(UncheckedUTF8Stated, MayComeOutOfALargeStringItself) {
+    std::string text;
+    for (int i = 0; i < 300000; ++i) {
+        text += static_cast<char>('a' + i % 26);
+    }
+    QORString s = Bytes(text);
+    EXPECT_EQ(QORSysUTF8Str(&s, s.CastToCharPtr() + 2), 0);
+    EXPECT_TRUE(BytesOf(s) == text.substr(2));
+    EXPECT_EQ(static_cast<unsigned int>(QORSysUTF8Str(&s, s.CastToCharPtr() + s.Length())), 0x80004005u);
+    EXPECT_TRUE(IsOnTheEmptyBlock(s));
+    QORString small("abc");
+    EXPECT_EQ(static_cast<unsigned int>(QORSysUTF8Str(&small, small.CastToCharPtr() + 3)), 0x80004005u);
+    EXPECT_TRUE(IsOnTheEmptyBlock(small));
 }
 
 // Reading.
@@ -272,6 +294,18 @@ TEST(NarrowPointerStated, ChangesDoNotReachTheOtherString) {
     s.CastToCharPtr()[1] = 'x';
     EXPECT_STREQ(s.ConvertToChar(), "axc");
     EXPECT_STREQ(other.ConvertToChar(), "abc");
+}
+
+TEST(NarrowPointerStated, DropsTheViewAndTheHash) {
+    QORString s("abc");
+    const Block block = StringAccess::BlockOf(s);
+    block->_GetUTF16View();
+    block->_GetHash();
+    ASSERT_NE(block->_secondView, nullptr);
+    ASSERT_FALSE(IsStale(block));
+    s.CastToCharPtr();
+    EXPECT_EQ(StringAccess::BlockOf(s), block);
+    ExpectFreshlyWritten(Alias(s), false);
 }
 
 TEST(NarrowPointerStated, OfASharedBlockWithoutTextIsEmpty) {
@@ -480,14 +514,20 @@ TEST_P(NarrowParts, SubStringWithinIsANewBlock) {
     for (const std::u16string& text : NarrowTextsFor(TheState())) {
         const std::string bytes = NarrowForm(text);
         for (std::size_t start = 0; start <= bytes.size(); ++start) {
-            for (std::size_t count = 1; start + count <= bytes.size(); count += 1 + bytes.size() / 10) {
+            std::vector<std::size_t> counts;
+            for (std::size_t count = 1; start + count < bytes.size(); count += 1 + bytes.size() / 10) {
+                counts.push_back(count);
+            }
+            if (start < bytes.size()) {
+                // The rest, which may be the whole string.
+                counts.push_back(bytes.size() - start);
+            }
+            for (const std::size_t count : counts) {
                 const NarrowSubject subject(TheState(), text);
                 const QORString part = subject.s.SubString(start, count);
                 EXPECT_EQ(BytesOf(part), bytes.substr(start, count));
-                if (count < bytes.size()) {
-                    ExpectFreshlyWritten(Alias(part), false);
-                    ExpectOnlyNormalised(subject, text);
-                }
+                ExpectFreshlyWritten(Alias(part), false);
+                ExpectOnlyNormalised(subject, text);
             }
         }
     }
@@ -549,7 +589,8 @@ TEST_P(NarrowStrip, TakesBytesWhereTheModeSays) {
     for (const std::u16string& text : texts) {
         const std::string bytes = NarrowForm(text);
         for (const char c : {' ', 'a', 'n', bytes.empty() ? 'x' : bytes.back(), '#'}) {
-            for (int mode = 0; mode <= 4; ++mode) {
+            // Bit values of any mode but that of all places.
+            for (const int mode : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 0x7FFFFFFF}) {
                 SCOPED_TRACE(bytes + " less " + c + " by " + std::to_string(mode));
                 const NarrowSubject subject(TheState(), text);
                 const QORString result = subject.s.Strip(static_cast<QORString::QORStripMode>(mode), QORChar(c));
@@ -559,8 +600,10 @@ TEST_P(NarrowStrip, TakesBytesWhereTheModeSays) {
                     ExpectFreshlyWritten(Alias(result), false);
                     ExpectOnlyNormalised(subject, text);
                 } else if (!bytes.empty()) {
-                    EXPECT_TRUE(result.IsEmpty());
+                    EXPECT_TRUE(IsOnTheEmptyBlock(result));
                     ExpectOnlyNormalised(subject, text);
+                } else {
+                    EXPECT_EQ(StringAccess::BlockOf(result), subject.Now()) << "without text there is a copy";
                 }
             }
             const NarrowSubject subject(TheState(), text);
@@ -570,6 +613,13 @@ TEST_P(NarrowStrip, TakesBytesWhereTheModeSays) {
 }
 
 INSTANTIATE_TEST_SUITE_P(States, NarrowStrip, EnvironmentsAndStates(), NameOfEnvironmentAndState);
+
+TEST(NarrowStripStated, ModesHaveTheirNumbers) {
+    EXPECT_EQ(QORString::QORStripModeLeading, 1);
+    EXPECT_EQ(QORString::QORStripModeTrailing, 2);
+    EXPECT_EQ(QORString::QORStripModeBoth, 3);
+    EXPECT_EQ(QORString::QORStripModeAll, 4);
+}
 
 TEST(NarrowStripStated, ComparesBytes) {
     const QORString s = Bytes("\xe9 \xe9");

@@ -3,6 +3,7 @@
 /// what becomes of it.
 
 #include "Child.h"
+#include "HeapLog.h"
 #include "StringSubjects.h"
 
 #include <cstdio>
@@ -308,7 +309,82 @@ TEST_P(NarrowWarnings, TellOfBadBytesInConvertedTextToo) {
     EXPECT_TRUE(IsOnTheEmptyBlock(s));
 }
 
+TEST_P(NarrowWarnings, AreMissingWhereThereIsNoMemoryForTheText) {
+    VELStringPoolSetForCurrentThrd(0);
+    const QORString s = StringOn<QORString>(NewWide(u"gr\u00fcn"));
+    EXPECT_EQ(Printed([&] {
+                  const HeapShortage shortage(1, HeapShortage::FromThatOneOn);
+                  EXPECT_EQ(s.Length(), 0);
+              }),
+              "");
+    EXPECT_TRUE(IsOnTheEmptyBlock(s));
+}
+
 INSTANTIATE_TEST_SUITE_P(Environments, NarrowWarnings, testing::Values(UTF8, OneToOne), StringEnvironment::NameOf);
+
+// Of several strings the one that is worked on is turned narrow first, then the others from left to right.
+
+namespace {
+
+struct ManyTexts {
+    const char* name;
+    int count; ///< Of the strings that take part.
+    std::function<void(QORString& s, const QORString& a, const QORString& b)> use;
+};
+
+const std::vector<ManyTexts>& UsesOfManyTexts() {
+    static const std::vector<ManyTexts> uses = {
+        {"+=", 2, [](QORString& s, const QORString& a, const QORString&) { s += a; }},
+        {"Append", 2, [](QORString& s, const QORString& a, const QORString&) { s.Append(a); }},
+        {"+", 2, [](QORString& s, const QORString& a, const QORString&) { static_cast<void>(s + a); }},
+        {"Compare", 2, [](QORString& s, const QORString& a, const QORString&) { s.Compare(a); }},
+        {"compare", 2, [](QORString& s, const QORString& a, const QORString&) { s.compare(a); }},
+        {"==", 2, [](QORString& s, const QORString& a, const QORString&) { static_cast<void>(s == a); }},
+        {"<", 2, [](QORString& s, const QORString& a, const QORString&) { static_cast<void>(s < a); }},
+        {"CompareByCase", 2, [](QORString& s, const QORString& a, const QORString&) { s.CompareByCase(a); }},
+        {"FindPosition", 2, [](QORString& s, const QORString& a, const QORString&) { s.FindPosition(a, 0); }},
+        {"Insert", 2, [](QORString& s, const QORString& a, const QORString&) { s.Insert(0, a); }},
+        {"ReplaceSubString of a range", 2,
+         [](QORString& s, const QORString& a, const QORString&) { s.ReplaceSubString(0, 1, a); }},
+        {"ReplaceSubString counted", 2,
+         [](QORString& s, const QORString& a, const QORString&) { s.ReplaceSubString(0, 1, a, 1); }},
+        {"ReplaceSubString", 3, [](QORString& s, const QORString& a, const QORString& b) { s.ReplaceSubString(a, b); }},
+        {"replace", 3, [](QORString& s, const QORString& a, const QORString& b) { s.replace(a, b); }},
+    };
+    return uses;
+}
+
+} // namespace
+
+TEST(NarrowWarningsOrder, IsThatOfTheStringAndItsArguments) {
+    UseCodePage(OneToOne);
+    for (const ManyTexts& texts : UsesOfManyTexts()) {
+        SCOPED_TRACE(texts.name);
+        QORString s = StringOn<QORString>(NewWide(u"T\u00e9"));
+        const QORString a = StringOn<QORString>(NewWide(u"A\u00e9"));
+        const QORString b = StringOn<QORString>(NewWide(u"B\u00e9"));
+        std::string expected = DataCorruption + NotPrintable(2, "T\xe9") + DataCorruption + NotPrintable(2, "A\xe9");
+        if (texts.count > 2) {
+            expected += DataCorruption + NotPrintable(2, "B\xe9");
+        }
+        EXPECT_EQ(Printed([&] { texts.use(s, a, b); }), expected);
+    }
+}
+
+TEST(NarrowWarningsOrder, ComesToAReplacementThatIsNotNeeded) {
+    UseCodePage(OneToOne);
+    for (const bool isAlias : {false, true}) {
+        QORString s("plain");
+        const QORString with = StringOn<QORString>(NewWide(u"A\u00e9"));
+        EXPECT_EQ(Printed([&] {
+                      const QORString what("not there");
+                      EXPECT_EQ(isAlias ? s.replace(what, with) : s.ReplaceSubString(what, with), -1);
+                  }),
+                  DataCorruption + NotPrintable(2, "A\xe9"));
+        EXPECT_TRUE(IsOnTheEmptyBlock(with));
+        EXPECT_EQ(BytesOf(s), "plain");
+    }
+}
 
 // The process's environment has its say.
 

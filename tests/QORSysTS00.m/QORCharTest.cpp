@@ -1,5 +1,6 @@
 #include "QORChar.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <type_traits>
@@ -46,7 +47,21 @@ TEST(QORChar, IsInsertedAsOneByte) {
     EXPECT_EQ(out.str(), std::string("a\0\xFF", 3));
 }
 
+namespace {
+
+class CharWithMore : public QORChar {
+public:
+    virtual void More() {}
+};
+
+} // namespace
+
 TEST(QORChar, HasNothingButADestructorInItsTable) {
+    // The destructor takes the first two places; a pointer to a virtual member holds its place in bytes, plus 1.
+    void (CharWithMore::*const more)() = &CharWithMore::More;
+    unsigned long place = 0;
+    std::memcpy(&place, &more, sizeof place);
+    EXPECT_EQ(place, 2 * sizeof(void*) + 1);
     static_assert(std::has_virtual_destructor_v<QORChar>);
     static_assert(sizeof(QORChar) == 16);
     const QORChar c('q');

@@ -349,6 +349,37 @@ TEST(RunningStack, IsPrintedForTheWarnings) {
     EXPECT_THAT(text, EndsWith(" in main\n"));
 }
 
+TEST(RunningStack, GoesOnBehindAFunctionThatIsUnknown) {
+    static const MadeFunction s_made;
+    static void* s_caller;
+    StandsInside([] {
+        s_made.Call([] {
+            s_caller = __builtin_return_address(0);
+            TracesItself();
+            asm volatile("");
+        });
+        asm volatile("");
+    });
+    ASSERT_TRUE(s_made.Holds(s_caller));
+    const std::vector<std::string> names = NamesIn(s_trace);
+    const auto unknown = std::find_if(names.begin(), names.end(), [&](const std::string& name) {
+        Stream stream;
+        const int index = static_cast<int>(&name - names.data());
+        s_trace.Print(stream, index, index + 1);
+        return stream.Text() == PrintLine(s_caller, "unknown");
+    });
+    ASSERT_NE(unknown, names.end());
+    EXPECT_NE(std::find(unknown, names.end(), "StandsInside"), names.end());
+    EXPECT_EQ(names.back(), "main");
+}
+
+TEST(RunningStack, EndsWithMainAndNoOtherNameThatBeginsSo) {
+    mainLoop(TracesItself);
+    const std::vector<std::string> names = NamesIn(s_trace);
+    EXPECT_EQ(std::count(names.begin(), names.end(), "mainLoop"), 1);
+    EXPECT_EQ(names.back(), "main");
+}
+
 // --- names -----------------------------------------------------------------------------------------------------------
 
 TEST(TraceNames, AreThoseOfTheNearestSymbols) {
@@ -367,6 +398,16 @@ TEST(TraceNames, AreUnknownWithoutSymbolAndCutTo63Bytes) {
     EXPECT_EQ(trace.GetTrace(&context), 4);
     EXPECT_THAT(NamesIn(trace), ElementsAre("SampleFunction0", "unknown",
                                             "SampleFunctionWithANameThatIsLongerThanTheSixtyThreeBytesThatAn", "main"));
+}
+
+TEST(TraceNames, OfMainAloneEndTheTrace) {
+    const Frame outermost = {&outermost, InMain()};
+    const Frame outer = {&outermost, InSample(1)};
+    ucontext_t context = ContextAt(InMainLoop(), &outer);
+    QORStackTrace trace;
+    EXPECT_EQ(trace.GetTrace(&context), 3);
+    EXPECT_THAT(NamesIn(trace), ElementsAre("mainLoop", "SampleFunction1", "main"));
+    EXPECT_EQ(trace.GetIPStack(&context), 3);
 }
 
 TEST(TraceNames, AreEmptyAfterGetIPStack) {
@@ -543,6 +584,13 @@ TEST(DecodeIPStack, StopsBehindMain) {
     EXPECT_EQ(stream.Text(), DecodedLine(InSample(0)) + DecodedLine(InMain()));
 }
 
+TEST(DecodeIPStack, GoesOnBehindANameThatOnlyBeginsAsMain) {
+    Stream stream;
+    void* addresses[] = {InMainLoop(), InSample(1)};
+    EXPECT_EQ(QORSysDecodeIPStack(addresses, 2, stream), 1);
+    EXPECT_EQ(stream.Text(), DecodedLine(InMainLoop()) + DecodedLine(InSample(1)));
+}
+
 TEST(DecodeIPStack, RefusesBadArguments) {
     Stream stream;
     void* addresses[] = {InSample(0)};
@@ -574,6 +622,19 @@ TEST(DirectTrace, IsCutAt40) {
         },
         60);
     EXPECT_THAT(s_text, HasSubstr("_ZN13QORStackTrace11DirectTraceE"));
+}
+
+TEST(DirectTrace, ReachesBehindTheAddressesOfATrace) {
+    StandsDeep(
+        [] {
+            Stream stream;
+            EXPECT_EQ(s_trace.DirectTrace(stream, nullptr, 120, 1000), 40);
+            EXPECT_EQ(LinesOf(stream.Text()), 40);
+            EXPECT_THAT(stream.Text(), StartsWith("StandsDeep+"));
+            EXPECT_EQ(s_trace.DirectTrace(nullptr, nullptr, 120, 131), 10);
+            EXPECT_EQ(s_trace.DirectTrace(nullptr, nullptr, 90, 99), 8);
+        },
+        200);
 }
 
 // --- without implementation ------------------------------------------------------------------------------------------

@@ -471,6 +471,44 @@ TEST_P(WideBlock, WithoutMemoryGivesTheEmptyBlock) {
 INSTANTIATE_TEST_SUITE_P(Environments, WideBlock, testing::Values(StringEnvironment::UTF8, OneToOne),
                          StringEnvironment::NameOf);
 
+// A text of the caller's may be that of the view, which goes with the wide block that the operation leaves. This one is
+// so large that its memory goes too.
+TEST(WideBlockLeft, StaysWhileItsViewIsTheText) {
+    std::u16string units = u"\u00e9";
+    std::string bytes = "\u00e9";
+    for (int i = 1; i < 300000; ++i) {
+        units += static_cast<char16_t>(u'a' + i % 26);
+        bytes += static_cast<char>('a' + i % 26);
+    }
+    const std::pair<const char*, std::function<bool(QORString&, const char*)>> operations[] = {
+        {"+=", [&](QORString& s, const char* p) { return BytesOf(s += p) == bytes + bytes; }},
+        {"+", [&](QORString& s, const char* p) { return BytesOf(s + p) == bytes + bytes; }},
+        {"free +", [&](QORString& s, const char* p) { return BytesOf(p + s) == bytes + bytes; }},
+        {"=", [&](QORString& s, const char* p) { return BytesOf(s = p) == bytes; }},
+        {"Compare", [](QORString& s, const char* p) { return s.Compare(p) == 0; }},
+        {"compare", [](QORString& s, const char* p) { return s.compare(p) == 0; }},
+        {"==", [](QORString& s, const char* p) { return s == p; }},
+        {"<=", [](QORString& s, const char* p) { return s <= p; }},
+        {"!=", [](QORString& s, const char* p) { return !(s != p); }},
+    };
+    // The environment's converter is there before the heap is looked at.
+    const QORString first("x");
+    for (const auto& [name, operation] : operations) {
+        SCOPED_TRACE(name);
+        QORUnicodeString u = StringOn<QORUnicodeString>(NewWide(units));
+        const HeapLog log;
+        {
+            QORString s;
+            const char* const p = u.ConvertToChar();
+            VEL::Move(s, u);
+            EXPECT_TRUE(operation(s, p));
+            EXPECT_EQ(VEL::GetMainRepEncoding(s), 1);
+            EXPECT_EQ(BlockOf(s)->_refCount, 1);
+        }
+        EXPECT_EQ(log.Live(), 0u) << "the block goes after the operation";
+    }
+}
+
 // Null handles.
 
 TEST(NullHandle, IsRepairedByWhoeverReads) {
@@ -499,7 +537,12 @@ TEST(NullHandle, CopiedIsReportedAndEmpty) {
     const QORString copy(null);
     EXPECT_EQ(DebugBreaks(), 1);
     EXPECT_TRUE(IsOnTheEmptyBlock(copy));
+    EXPECT_TRUE(copy.Init());
+    EXPECT_TRUE(IsOnTheEmptyBlock(null)) << "the source is repaired too";
+    EXPECT_TRUE(null.Init());
     EXPECT_EQ(copy.Length(), 0);
+    const QORString another(null);
+    EXPECT_EQ(DebugBreaks(), 1) << "it is no null handle any more";
 }
 
 TEST(NullHandle, AssignedToIsReportedAndRepaired) {
@@ -517,12 +560,75 @@ TEST(NullHandle, AssignedToIsReportedAndRepaired) {
 }
 
 TEST(NullHandle, AssignedFromAnotherStringReadsAsEmpty) {
+    VELStringPoolSetForCurrentThrd(0);
+    // The environment's converter is there before the heap is looked at.
+    const QORString first("x");
+    const HeapLog log;
+    {
+        const auto null = NullString<QORString>();
+        QORString s("old");
+        s = null;
+        for (const QORString* each : {&std::as_const(s), &null}) {
+            EXPECT_TRUE(each->Init());
+            EXPECT_TRUE(IsOnTheEmptyBlock(*each));
+        }
+        EXPECT_EQ(s.Length(), 0);
+        auto repaired = NullString<QORString>();
+        repaired = QORString("abc");
+        EXPECT_STREQ(repaired.ConvertToChar(), "abc");
+        const QORString text("text");
+        auto shared = NullString<QORString>();
+        shared = text;
+        EXPECT_EQ(BlockOf(shared), BlockOf(text));
+    }
+    EXPECT_EQ(log.Live(), 0u);
+    EXPECT_EQ(DebugBreaks(), 0);
+}
+
+TEST(NullHandle, AssignedToANullHandleLeavesBothOnTheEmptyBlock) {
+    const auto source = NullString<QORString>();
+    auto target = NullString<QORString>();
+    target = source;
+    auto itself = NullString<QORString>();
+    const QORString& alias = itself;
+    itself = alias;
+    for (const QORString* each : {&source, &std::as_const(target), &std::as_const(itself)}) {
+        EXPECT_TRUE(each->Init());
+        EXPECT_TRUE(IsOnTheEmptyBlock(*each));
+    }
+    auto onEmpty = NullString<QORString>();
+    onEmpty = QORString();
+    EXPECT_TRUE(IsOnTheEmptyBlock(onEmpty));
+    QORString empty;
     const auto null = NullString<QORString>();
-    QORString s("old");
-    s = null;
-    EXPECT_EQ(s.Length(), 0);
-    EXPECT_TRUE(IsOnTheEmptyBlock(s));
-    auto repaired = NullString<QORString>();
-    repaired = QORString("abc");
-    EXPECT_STREQ(repaired.ConvertToChar(), "abc");
+    empty = null;
+    EXPECT_TRUE(IsOnTheEmptyBlock(empty));
+    EXPECT_TRUE(IsOnTheEmptyBlock(null));
+}
+
+// NOLINTBEGIN(bugprone-use-after-move): the state is promised
+TEST(NullHandle, MovedIsRepaired) {
+    auto null = NullString<QORString>();
+    const QORString made(std::move(null));
+    EXPECT_TRUE(made.Init());
+    EXPECT_TRUE(IsOnTheEmptyBlock(made));
+    EXPECT_TRUE(IsOnTheEmptyBlock(null));
+    auto another = NullString<QORString>();
+    QORString assigned("old");
+    assigned = std::move(another);
+    EXPECT_TRUE(assigned.Init());
+    EXPECT_TRUE(IsOnTheEmptyBlock(assigned));
+    EXPECT_TRUE(IsOnTheEmptyBlock(another));
+    auto target = NullString<QORString>();
+    target = QORString("abc");
+    EXPECT_STREQ(target.ConvertToChar(), "abc");
+    EXPECT_EQ(DebugBreaks(), 0);
+}
+// NOLINTEND(bugprone-use-after-move)
+
+TEST(QORString, OfANullPointerIsEmpty) {
+    EXPECT_TRUE(IsOnTheEmptyBlock(QORString(nullptr)));
+    const QORString s = nullptr;
+    EXPECT_TRUE(s.Init());
+    EXPECT_STREQ(s.ConvertToChar(), "");
 }

@@ -43,6 +43,16 @@ Texts Rest(QORToken& tokens, const QORUnicodeString& delimiters) {
     return texts;
 }
 
+/// The rest by the form that delimits by white space.
+Texts RestByWhiteSpace(QORToken& tokens) {
+    Texts texts;
+    unsigned char found = 77;
+    for (auto token = tokens.GetNextToken(&found); found != 0; token = tokens.GetNextToken(&found)) {
+        texts.push_back(TextOf(token));
+    }
+    return texts;
+}
+
 Texts Tokens(const std::u16string& text, const std::u16string& delimiters, unsigned char keepEmpty) {
     QORToken tokens(WideString(text), keepEmpty);
     return Rest(tokens, WideString(delimiters));
@@ -137,6 +147,32 @@ TEST(QORToken, DelimitsByWhiteSpaceUnlessToldOtherwise) {
     tokens.Reset();
     EXPECT_EQ(TextOf(tokens.GetNextToken(nullptr)), u"a");
     EXPECT_EQ(TextOf(tokens.GetNextToken(" \t", nullptr)), u"b");
+}
+
+TEST(QORToken, KeepsEmptyTokensBetweenWhiteSpaceToo) {
+    QORToken tokens("a \tb\n\n", 1);
+    EXPECT_THAT(RestByWhiteSpace(tokens), ElementsAre(u"a", u"", u"b", u"", u""));
+    for (const std::u16string text : {u"", u" ", u"a", u" a", u"a ", u" \t\n", u"a b\tc\nd", u"  a  b  ",
+                                      u"a long token, and \t others behind it\n\n, long enough for vectors"}) {
+        for (const unsigned char keepEmpty : {0, 1, 2}) {
+            QORToken others(WideString(text), keepEmpty);
+            EXPECT_EQ(RestByWhiteSpace(others), PlainTokens(text, u" \t\n", keepEmpty != 0));
+        }
+    }
+}
+
+// Delimiters are passed over also when no token comes behind them.
+TEST(QORToken, MovesAlongPastTrailingDelimiters) {
+    for (const std::u16string end : {u" ", u"  ", u"                                        "}) {
+        QORToken tokens(WideString(u"a" + end), 0);
+        EXPECT_EQ(TextOf(tokens.GetNextToken(" ", nullptr)), u"a");
+        unsigned char found = 77;
+        EXPECT_TRUE(tokens.GetNextToken(" ", &found).IsEmpty());
+        EXPECT_EQ(found, 0);
+        found = 77;
+        EXPECT_TRUE(tokens.GetNextToken(",", &found).IsEmpty());
+        EXPECT_EQ(found, 0) << "the position is at the end";
+    }
 }
 
 TEST(QORToken, ComparesUnits) {
@@ -246,6 +282,30 @@ TEST(QORTokenShortage, GivesEmptyTokensAndGoesOn) {
     }
     EXPECT_EQ(TextOf(tokens.GetNextToken(delimiter, &found)), u"b");
     EXPECT_EQ(DebugBreaks(), 0);
+}
+
+TEST(QORTokenShortage, StaysWhereItIsWhileTheDelimitersHaveNoView) {
+    VELStringPoolSetForCurrentThrd(0);
+    for (const unsigned char keepEmpty : {0, 1}) {
+        QORToken tokens(WideString(u"a b"), keepEmpty);
+        for (const char16_t* const token : {u"a", u"b"}) {
+            const QORUnicodeString delimiter(" ");
+            unsigned char found = 77;
+            {
+                const HeapShortage shortage(1, HeapShortage::FromThatOneOn);
+                EXPECT_TRUE(IsOnTheEmptyBlock(tokens.GetNextToken(delimiter, &found)));
+                EXPECT_EQ(found, 0);
+                EXPECT_TRUE(IsOnTheEmptyBlock(tokens.GetNextToken(delimiter, nullptr)));
+            }
+            {
+                const HeapShortage shortage(1, HeapShortage::OnlyThatOne);
+                EXPECT_TRUE(IsOnTheEmptyBlock(tokens.GetNextToken(delimiter, &found)));
+                EXPECT_EQ(found, 0);
+            }
+            EXPECT_EQ(TextOf(tokens.GetNextToken(delimiter, &found)), token);
+            EXPECT_EQ(found, 1);
+        }
+    }
 }
 
 TEST(QORTokenShortage, FindsNothingWhileTheTextHasNoView) {

@@ -1,11 +1,10 @@
 #include "QORUnicodeChar.h"
 
+#include "FakeConverter.h"
 #include "GuardedMemory.h"
 #include "StringEnvironment.h"
-#include "VELSysCodePage.h"
+#include "TestLocales.h"
 
-#include <clocale>
-#include <cstdlib>
 #include <cstring>
 #include <cwctype>
 #include <gtest/gtest.h>
@@ -14,8 +13,8 @@
 
 namespace {
 
-/// When set, the converter gives this in place of any character.
-const std::string* s_longForm = nullptr;
+using FakeConverter::s_longForm;
+using TestLocales::UseLocale;
 
 QORUnicodeChar Character(unsigned int code) {
     QORUnicodeChar c;
@@ -39,44 +38,9 @@ void ExpectQuestionMark(const QORUnicodeChar& c) {
     EXPECT_EQ(Stored(c), "?");
 }
 
-void UseLocale(const char* name) {
-    setenv("LOCPATH", QOR_TEST_LOCALES, 1);
-    ASSERT_NE(std::setlocale(LC_ALL, name), nullptr) << "no locale " << name << " in " << QOR_TEST_LOCALES;
-}
-
 constexpr auto AllOfIt = static_cast<unsigned long>(-1);
 
 } // namespace
-
-extern "C" int __real__ZNK14VELSysCodePage18ConvertUTF16ToMBCSEPKtiPcPi(const VELSysCodePage*,
-                                                                        const unsigned short* src, int length,
-                                                                        char* dst, int* written);
-extern "C" int __real__ZNK14VELSysCodePage27GetNextMultiByteCharAsUTF32ERjRPKcRm(const VELSysCodePage*,
-                                                                                 unsigned int& out, const char*& src,
-                                                                                 unsigned long& left);
-
-extern "C" int __wrap__ZNK14VELSysCodePage18ConvertUTF16ToMBCSEPKtiPcPi(const VELSysCodePage* converter,
-                                                                        const unsigned short* src, int length,
-                                                                        char* dst, int* written) {
-    if (s_longForm == nullptr) {
-        return __real__ZNK14VELSysCodePage18ConvertUTF16ToMBCSEPKtiPcPi(converter, src, length, dst, written);
-    }
-    std::memcpy(dst, s_longForm->c_str(), s_longForm->size() + 1);
-    *written = static_cast<int>(s_longForm->size());
-    return *written;
-}
-
-extern "C" int __wrap__ZNK14VELSysCodePage27GetNextMultiByteCharAsUTF32ERjRPKcRm(const VELSysCodePage* converter,
-                                                                                 unsigned int& out, const char*& src,
-                                                                                 unsigned long& left) {
-    if (s_longForm == nullptr) {
-        return __real__ZNK14VELSysCodePage27GetNextMultiByteCharAsUTF32ERjRPKcRm(converter, out, src, left);
-    }
-    out = 0x100;
-    src += left;
-    left = 0;
-    return 1;
-}
 
 TEST(QORUnicodeChar, IsACodeAndRoomForANarrowForm) {
     static_assert(sizeof(QORUnicodeChar) == 12 && alignof(QORUnicodeChar) == 4);
@@ -204,7 +168,8 @@ INSTANTIATE_TEST_SUITE_P(Environments, UnicodeCharInBoth,
                          StringEnvironment::NameOf);
 
 TEST(QORUnicodeChar, RejectsWhatIsNotUTF8) {
-    for (const char* text : {"\xC3", "\xE2\x82", "\xF0\x9F\x98", "\xC3(", "\xE2("}) {
+    // Each of them asks for bytes behind its terminator.
+    for (const char* text : {"\xE2", "\xF0", "\xF0\x9F"}) {
         QORUnicodeChar c('x');
         EXPECT_EQ(c.BuildFromChar(text, AllOfIt), 1) << text;
         ExpectQuestionMark(c);
@@ -213,6 +178,51 @@ TEST(QORUnicodeChar, RejectsWhatIsNotUTF8) {
         QORUnicodeChar c('x');
         EXPECT_EQ(c.BuildFromChar(text, std::strlen(text)), 1) << text;
         ExpectQuestionMark(c);
+    }
+}
+
+TEST(QORUnicodeChar, ReadsDamageTheFastWayUpToTheTerminator) {
+    const struct {
+        const char* text;
+        unsigned int code;
+        const char* stored;
+    } rows[] = {
+        {"\x80", 0x80, "\x80"},     {"\xFF", 0xFF, "\xFF"}, {"\x80qrs", 0x80, "\x80"},        {"\xC3(", 0xE8, "\xC3("},
+        {"\xC3(ab", 0xE8, "\xC3("}, {"\xC3", 0xC0, "\xC3"}, {"\xE2\x82", 0x2080, "\xE2\x82"},
+    };
+    for (const auto& row : rows) {
+        QORUnicodeChar c('x');
+        EXPECT_EQ(c.BuildFromChar(row.text, AllOfIt), 0) << row.text;
+        EXPECT_EQ(CodeOf(c), row.code) << row.text;
+        EXPECT_EQ(Stored(c), row.stored) << row.text;
+    }
+}
+
+// A form that is longer than it need be gives the same code, and is the one that is given back.
+TEST(QORUnicodeChar, KeepsTheNarrowFormThatItCameFrom) {
+    QORUnicodeChar c;
+    EXPECT_EQ(c.BuildFromChar("\xC1\x81", 2), 0);
+    EXPECT_EQ(CodeOf(c), 0x41u);
+    EXPECT_EQ(Stored(c), "\xC1\x81");
+    EXPECT_STREQ(c.ConvertToChar(), "\xC1\x81");
+    EXPECT_EQ(static_cast<char>(c), '\xC1');
+    EXPECT_TRUE(c == QORUnicodeChar('A'));
+    c.BuildFromUCChar32(0x41);
+    EXPECT_STREQ(c.ConvertToChar(), "A");
+}
+
+TEST(QORUnicodeChar, ComputesTheNarrowFormOnceButThatOfCodeZeroEachTime) {
+    const QORUnicodeChar accent = Character(0xE9);
+    const QORUnicodeChar zero;
+    int before = FakeConverter::s_conversions;
+    EXPECT_STREQ(accent.ConvertToChar(), "\u00e9");
+    EXPECT_STREQ(accent.ConvertToChar(), "\u00e9");
+    EXPECT_EQ(static_cast<char>(accent), '\xC3');
+    EXPECT_EQ(FakeConverter::s_conversions, before + 1);
+    before = FakeConverter::s_conversions;
+    for (int call = 1; call <= 3; ++call) {
+        EXPECT_STREQ(zero.ConvertToChar(), "");
+        EXPECT_EQ(FakeConverter::s_conversions, before + call);
     }
 }
 
@@ -287,17 +297,22 @@ TEST(QORUnicodeChar, ComparesCodesOnly) {
     EXPECT_FALSE(Character(0x10061) == bare);
 }
 
-TEST(QORUnicodeChar, MapsASCIIByItsOwnRule) {
-    for (unsigned int code = 0; code < 0x80; ++code) {
-        const bool isUpper = code >= 'A' && code <= 'Z';
-        const bool isLower = code >= 'a' && code <= 'z';
-        QORUnicodeChar c = Character(code);
-        EXPECT_EQ(&c.ToLower(), &c);
-        EXPECT_EQ(CodeOf(c), isUpper ? code + 32 : code);
-        c.BuildFromUCChar32(code);
-        EXPECT_EQ(&c.ToUpper(), &c);
-        EXPECT_EQ(CodeOf(c), isLower ? code - 32 : code);
+TEST(QORUnicodeChar, MapsASCIIByItsOwnRuleInEveryLocale) {
+    for (const char* locale : {"C", TestLocales::English, TestLocales::Turkish}) {
+        UseLocale(locale);
+        for (unsigned int code = 0; code < 0x80; ++code) {
+            const bool isUpper = code >= 'A' && code <= 'Z';
+            const bool isLower = code >= 'a' && code <= 'z';
+            QORUnicodeChar c = Character(code);
+            EXPECT_EQ(&c.ToLower(), &c);
+            EXPECT_EQ(CodeOf(c), isUpper ? code + 32 : code) << locale;
+            c.BuildFromUCChar32(code);
+            EXPECT_EQ(&c.ToUpper(), &c);
+            EXPECT_EQ(CodeOf(c), isLower ? code - 32 : code) << locale;
+        }
     }
+    ASSERT_EQ(std::towupper('i'), 0x130U) << "the locale has another rule";
+    ASSERT_EQ(std::towlower('I'), 0x131U);
     QORUnicodeChar c('A');
     EXPECT_STREQ(c.ToLower().ConvertToChar(), "a");
 }

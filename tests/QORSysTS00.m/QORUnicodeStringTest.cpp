@@ -4,6 +4,7 @@
 #include "HeapLog.h"
 #include "StringBlocks.h"
 #include "StringEnvironment.h"
+#include "UnicodeTexts.h"
 #include "VELString.h"
 
 #include <climits>
@@ -213,14 +214,17 @@ TEST_P(CountedNarrowText, EndsAtTheCountOrAtAZeroByte) {
     EXPECT_EQ(IsOnTheEmptyBlock(s), *GetParam().result == 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, CountedNarrowText,
-                         testing::Values(CountedRow{"abc", 0, ""}, CountedRow{"abc", 1, "a"},
-                                         CountedRow{"abc", 3, "abc"}, CountedRow{"abc", 4, "abc"},
-                                         CountedRow{"abc", 1000, "abc"}, CountedRow{"abc", INT_MAX, "abc"},
-                                         CountedRow{"ab\0cd", 5, "ab"}, CountedRow{"\0ab", 3, ""},
-                                         CountedRow{"", 5, ""}, CountedRow{nullptr, 5, ""},
-                                         CountedRow{"abc", 0x80000000ul, ""}, CountedRow{"abc", 0xFFFFFFFFul, ""},
-                                         CountedRow{"abc", 0x100000000ul, ""}, CountedRow{"abc", ULONG_MAX, ""}));
+INSTANTIATE_TEST_SUITE_P(
+    Rows, CountedNarrowText,
+    testing::Values(CountedRow{"abc", 0, ""}, CountedRow{"abc", 1, "a"}, CountedRow{"abc", 3, "abc"},
+                    CountedRow{"abc", 4, "abc"}, CountedRow{"abc", 1000, "abc"}, CountedRow{"abc", INT_MAX, "abc"},
+                    CountedRow{"ab\0cd", 5, "ab"}, CountedRow{"\0ab", 3, ""}, CountedRow{"", 5, ""},
+                    CountedRow{nullptr, 5, ""}, CountedRow{"abc", 0x80000000ul, ""},
+                    CountedRow{"abc", 0xFFFFFFFFul, ""}, CountedRow{"abc", 0x100000000ul, ""},
+                    CountedRow{"abc", ULONG_MAX, ""},
+                    // Whether there is anything to take is asked of the low half alone.
+                    CountedRow{"abcdefgh", 0x100000000ul, ""}, CountedRow{"abcdefgh", 0x100000005ul, "abcdefgh"},
+                    CountedRow{"abcdefgh", 0x17FFFFFFFul, "abcdefgh"}, CountedRow{"abcdefgh", 0x180000000ul, ""}));
 
 TEST(NarrowText, ReadsNothingBehindTheCount) {
     const GuardedMemory memory(100);
@@ -311,12 +315,20 @@ TEST_P(BuildFrom, UTF8IsNarrowInAnEnvironmentOfUTF8AndWideInAnother) {
 }
 
 TEST_P(BuildFrom, UTF8IsNotChecked) {
-    QORUnicodeString s;
-    EXPECT_EQ(s.BuildFromUTF8("a\0b\xff", 4), 0);
-    if (IsUTF8()) {
-        EXPECT_EQ(Narrow(BlockOf(s)), std::string("a\0b\xff", 4));
+    for (const std::string& bytes :
+         {std::string("a\0b\xff", 4), std::string("\xff"), std::string("abc\xe2\x82"), std::string("\x80qrstu\xc3"),
+          std::string("\xed\xa0\x80gr\xc3\xbcn"), std::string("\xf0\x9f\x98"), std::string("\xc1\x81 abc")}) {
+        QORUnicodeString s("old");
+        EXPECT_EQ(s.BuildFromUTF8(bytes.data(), bytes.size()), 0);
+        if (IsUTF8()) {
+            EXPECT_EQ(Narrow(BlockOf(s)), bytes);
+            continue;
+        }
+        // The unchecked conversion, to the last damaged byte.
+        const PlainUnicode::Units units = PlainUnicode::ToUnits(bytes);
+        EXPECT_EQ(Wide(BlockOf(s)), std::u16string(units.begin(), units.end())) << testing::PrintToString(bytes);
+        EXPECT_EQ(BlockOf(s)->Wide()[BlockOf(s)->_length], 0);
     }
-    EXPECT_EQ(UTF16Of(s).substr(0, 3), std::u16string(u"a\0b", 3));
 }
 
 TEST_P(BuildFrom, NoUTF8Resets) {
@@ -600,6 +612,28 @@ TEST_P(ConvertTo, UTF8MeasuredIsACapacityOfWholeEightBytesButOne) {
     EXPECT_EQ(n, 15u) << "nine bytes";
     WideString(u"\U0001F600\U0001F600").ConvertToUTF8(nullptr, &n);
     EXPECT_EQ(n, 8u) << "eight bytes";
+}
+
+// A high surrogate is joined with whatever follows, as it is when the text is written.
+TEST_P(ConvertTo, UnpairedSurrogatesAreMeasuredAsTheyAreWritten) {
+    UnicodeTexts::Source random(29);
+    for (int round = 0; round < 2000; ++round) {
+        std::u16string text;
+        for (std::size_t left = random.Below(30); left > 0; --left) {
+            text += static_cast<char16_t>(random.TellingUnit());
+        }
+        const QORUnicodeString s = WideString(text);
+        const auto* const first = Units(text.c_str());
+        std::vector<char> bytes(4 * text.size() + 1);
+        std::vector<unsigned int> codePoints(text.size() + 1);
+        const auto length = static_cast<unsigned long>(
+            PlainUnicode::FromUTF16(first, first + text.size(), bytes.data()) - bytes.data());
+        const auto count = PlainUnicode::FromUTF16(first, first + text.size(), codePoints.data()) - codePoints.data();
+        unsigned long n = 77;
+        EXPECT_EQ(s.ConvertToUTF8(nullptr, &n), 0);
+        ASSERT_EQ(n, length == 0 ? 0 : std::max((length + 7) / 8 * 8 - 1, length)) << testing::PrintToString(text);
+        ASSERT_EQ(s.ConvertToWChar(nullptr), (4 * (count + 1) + 7) / 4 & ~1L) << testing::PrintToString(text);
+    }
 }
 
 TEST_P(ConvertTo, NoTextIsNoUTF8) {

@@ -17,6 +17,8 @@ void SampleFunction3();
 void SampleFunction4();
 /// Its name is longer than what a trace has room for.
 void SampleFunctionWithANameThatIsLongerThanTheSixtyThreeBytesThatAnEntryOfATraceHolds();
+/// Its name begins as that of `main` does. Calls `action`.
+void mainLoop(void (*action)());
 }
 
 namespace StackSamples {
@@ -33,6 +35,8 @@ void* InSample(int number);
 void* InTheLongSample();
 /// An address inside `main`.
 void* InMain();
+/// An address inside mainLoop().
+void* InMainLoop();
 /// An address in the test's executable that belongs to no function.
 void* WithoutSymbol();
 /// An address that belongs to no loaded object.
@@ -47,6 +51,22 @@ std::string NameOf(void* address);
 
 /// The frames that `backtrace` shows before its caller: none, unless a sanitizer stands in between.
 std::size_t FramesOfBacktraceItself();
+
+/// A function that no loaded object holds, though stacks can be walked through it: the one that programs make for
+/// themselves while they run.
+class MadeFunction {
+public:
+    MadeFunction();
+    MadeFunction(const MadeFunction&) = delete;
+    MadeFunction& operator=(const MadeFunction&) = delete;
+    ~MadeFunction();
+    /// Calls `action` from within the function.
+    void Call(void (*action)()) const;
+    bool Holds(const void* address) const;
+
+private:
+    unsigned char* _memory;
+};
 
 /// A stack of sample functions 0 to 4, which is followed by nothing.
 class FiveSamples {

@@ -181,7 +181,8 @@ TEST_P(Step, AGroupThatCantBeReadLeavesAnEmptyString) {
     QORUnicodeString s("old");
     s.ComputeHashKey();
     EXPECT_EQ(s.BuildFromSTEP("\\X2\\zzzz"), -1);
-    EXPECT_TRUE(IsOnTheEmptyBlock(s) || IsStale(StringAccess::BlockOf(s)));
+    ExpectFreshlyWritten(s, true);
+    EXPECT_EQ(StringAccess::BlockOf(s)->_length, 0);
     EXPECT_EQ(s.ComputeHashKey(), 0u);
 }
 
@@ -246,6 +247,21 @@ TEST_P(Step, ReadsIntoAnyString) {
                 EXPECT_EQ(result, std::string(step) == "\\X2\\zzzz" ? -1 : 0) << NameOf(state) << step;
                 EXPECT_EQ(TextOf(subject.s), ReadStep(step).text);
             }
+        }
+    }
+}
+
+TEST_P(Step, WithoutMemoryIsEmptyAndNoFailure) {
+    VELStringPoolSetForCurrentThrd(0);
+    for (const char* step : {"\"abc\"", "\\X2\\20AC20AC", "\\X4\\000020AC", "\\X2\\zzzz"}) {
+        for (const State state : AllStates) {
+            Subject subject(state, u"abc");
+            {
+                const HeapShortage shortage(1, HeapShortage::FromThatOneOn);
+                EXPECT_EQ(subject.s.BuildFromSTEP(step), 0) << step;
+            }
+            EXPECT_TRUE(IsOnTheEmptyBlock(subject.s));
+            subject.ExpectOthersUntouched();
         }
     }
 }

@@ -2,9 +2,8 @@
 /// ToUpper and ToLower: under the C locale, which knows ASCII alone, and under one that knows all letters.
 
 #include "StringStates.h"
+#include "TestLocales.h"
 
-#include <clocale>
-#include <cstdlib>
 #include <cwctype>
 #include <random>
 
@@ -12,10 +11,7 @@ namespace {
 
 using namespace StringStates;
 
-void UseLocale(const char* name) {
-    setenv("LOCPATH", QOR_TEST_LOCALES, 1);
-    ASSERT_NE(std::setlocale(LC_ALL, name), nullptr) << "no locale " << name << " in " << QOR_TEST_LOCALES;
-}
+using TestLocales::UseLocale;
 
 unsigned int Mapped(unsigned int code, bool isUpper) {
     if (code < 0x80) {
@@ -230,6 +226,44 @@ TEST(CaseLetters, TheCLocaleKnowsASCIIAlone) {
     QORUnicodeString s("gr\u00fcn");
     s.ToUpper();
     EXPECT_STREQ(s.ConvertToChar(), "GR\u00fcN");
+}
+
+TEST(CaseLetters, ASCIIHasItsOwnRuleInEveryLocale) {
+    UseLocale(TestLocales::Turkish);
+    ASSERT_EQ(std::towupper('i'), 0x130U) << "the locale has another rule";
+    ASSERT_EQ(std::towlower('I'), 0x131U);
+    const std::u16string lower = u"abcdefghijklmnopqrstuvwxyz";
+    const std::u16string upper = u"ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    // As many letters as a vector has, and single ones beside a letter that is not ASCII.
+    for (const auto& [small, capital] : {std::pair<std::u16string, std::u16string>{lower + lower, upper + upper},
+                                         {u"i", u"I"},
+                                         {u"\u00fci", u"\u00dcI"}}) {
+        for (const bool isWide : {false, true}) {
+            QORUnicodeString s = StringOf(small, isWide);
+            const QORUnicodeString other = StringOf(capital, isWide);
+            EXPECT_EQ(s.Compare(other), 1) << UTF8Of(small);
+            s.ToUpper();
+            EXPECT_EQ(TextOf(s), capital);
+            s.ToLower();
+            EXPECT_EQ(TextOf(s), small);
+        }
+    }
+}
+
+// What becomes longer than the block has room for stands in a block of exactly its length.
+TEST(CaseLetters, ALongerTextTakesABlockOfItsLength) {
+    UseLocale(TestLocales::English);
+    for (const int count : {20, 40, 400}) {
+        const std::u16string text(static_cast<std::size_t>(count), u'\u0250');
+        for (const bool isShared : {false, true}) {
+            QORUnicodeString s = NarrowString(text);
+            const QORUnicodeString other = isShared ? s : QORUnicodeString();
+            ASSERT_LE(StringAccess::BlockOf(s)->_capacity, 3 * count);
+            s.ToUpper();
+            EXPECT_EQ(TextOf(s), std::u16string(static_cast<std::size_t>(count), u'\u2c6f'));
+            EXPECT_EQ(StringAccess::BlockOf(s)->_capacity, CapacityFor(false, 3 * count));
+        }
+    }
 }
 
 TEST(CaseLetters, EveryCodeOfTheBasicPlaneAndTheLettersBeyond) {

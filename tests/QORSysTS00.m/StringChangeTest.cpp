@@ -304,6 +304,13 @@ protected:
         ExpectReadsAs(subject.s, text);
         subject.ExpectOthersUntouched();
     }
+
+    /// A block that was made for a length has no room for growth.
+    static void ExpectNoRoomForGrowth(const Subject& subject, int n) {
+        if (subject.state != State::Null && subject.Now() != subject.block) {
+            EXPECT_EQ(subject.Now()->_capacity, CapacityFor(true, n));
+        }
+    }
 };
 
 TEST_P(Resize, ToEveryLength) {
@@ -318,9 +325,30 @@ TEST_P(Resize, ToEveryLength) {
                     subject.ExpectUnchanged();
                 } else {
                     ExpectResized(subject, n, Resized(text, n, code));
+                    ExpectNoRoomForGrowth(subject, n);
                 }
             }
         }
+    }
+}
+
+TEST_P(Resize, OfALongTextToo) {
+    const std::u16string text(HasText(TheState()) ? 500 : 0, u'x');
+    for (const int n : {1, 400, 499, 501, 520, 2000}) {
+        Subject subject(TheState(), text);
+        subject.s.Resize(n, Character('y'), 1);
+        if (TheState() == State::Null) {
+            ExpectResized(subject, n, Resized(text, n, 'y'));
+            continue;
+        }
+        EXPECT_EQ(TextOf(subject.s), Resized(text, n, 'y'));
+        ExpectFreshlyWritten(subject.s, true);
+        if (TheState() == State::Wide && subject.capacity > n) {
+            EXPECT_EQ(subject.Now(), subject.block);
+        } else {
+            EXPECT_EQ(subject.Now()->_capacity, CapacityFor(true, n));
+        }
+        subject.ExpectOthersUntouched();
     }
 }
 

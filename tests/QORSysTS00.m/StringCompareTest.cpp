@@ -2,9 +2,12 @@
 /// Equality, orderings and comparison of strings, in all pairs of representations.
 
 #include "StringStates.h"
+#include "TestLocales.h"
 
-#include <clocale>
 #include <cstring>
+#include <cwctype>
+#include <random>
+#include <vector>
 
 namespace {
 
@@ -420,4 +423,96 @@ TEST(StrCollate, FollowsTheNarrowTexts) {
     EXPECT_EQ(VEL::StrCollate(WideString(u"gr\u00fcn"), NarrowString(u"gr\u00fcn")), 0);
     EXPECT_EQ(VEL::StrCollate(QORUnicodeString(), WideString(u"")), 0);
     EXPECT_LT(VEL::StrCollate(QORUnicodeString("B"), QORUnicodeString("a")), 0) << "the C locale orders by bytes";
+}
+
+// In this locale letters order whatever their case and accents, in bytes and units they don't.
+TEST(StrCollate, FollowsTheLocaleInForceAndOrderingsDoNot) {
+    TestLocales::UseLocale(TestLocales::English);
+    const std::pair<const char16_t*, const char16_t*> pairs[] = {
+        {u"a", u"B"}, {u"abc", u"ABD"}, {u"\u00e9", u"f"}, {u"cot\u00e9x", u"cotz"}};
+    for (const auto& [first, second] : pairs) {
+        for (const int wide : {0, 1, 2, 3}) {
+            SCOPED_TRACE(testing::Message() << UTF8Of(first) << " " << UTF8Of(second) << wide);
+            QORUnicodeString a = StringOf(first, (wide & 1) != 0);
+            QORUnicodeString b = StringOf(second, (wide & 2) != 0);
+            const std::string x = UTF8Of(first);
+            const std::string y = UTF8Of(second);
+            ASSERT_LT(std::strcoll(x.c_str(), y.c_str()), 0);
+            ASSERT_GT(std::strcmp(x.c_str(), y.c_str()), 0);
+            EXPECT_EQ(VEL::StrCollate(a, b), std::strcoll(x.c_str(), y.c_str()));
+            EXPECT_EQ(VEL::StrCollate(b, a), std::strcoll(y.c_str(), x.c_str()));
+            ExpectOperators(a, b, 1);
+            ExpectOperators(b, a, -1);
+            EXPECT_GT(a.SortCompare(b), 0);
+            EXPECT_GT(a.SortCompare(b, 1), 0);
+            EXPECT_EQ(VELSysCompareUnicodeStrings(a, b), 1);
+        }
+    }
+}
+
+TEST(CompareNarrow, BuildsNoViews) {
+    for (const char* other : {"abc", "ABC", "abd", "gr\u00fcn", "GR\u00fcN", "abcdefg", "\x80"}) {
+        for (const char* text : {"abc", "gr\u00fcn"}) {
+            const QORUnicodeString a(text);
+            const QORUnicodeString b(other);
+            a.Compare(b);
+            EXPECT_FALSE(VEL::internal::IsSecondViewAvailable(a)) << other;
+            EXPECT_FALSE(VEL::internal::IsSecondViewAvailable(b)) << other;
+        }
+    }
+}
+
+TEST(CompareNarrow, TakesAByteThatCantBeDecodedForAQuestionMark) {
+    EXPECT_EQ(BytesString("a\x80").Compare(BytesString("A?")), 1);
+    EXPECT_EQ(BytesString("A?b").Compare(BytesString("a\xFF"
+                                                     "b")),
+              1);
+    EXPECT_EQ(BytesString("a\xE2\x82").Compare(BytesString("A??")), 1) << "one for each byte";
+    EXPECT_EQ(BytesString("a\x80").Compare(BytesString("A!")), 0);
+    EXPECT_EQ(BytesString("a\x80").Compare(BytesString("A")), 0);
+}
+
+namespace {
+
+/// The code points of a wide text as a walk from its start meets them, in lower case or as they are.
+std::vector<unsigned int> CodePointsOf(const std::u16string& text, bool inLowerCase) {
+    std::vector<unsigned int> codes;
+    const unsigned short* next = StringBlocks::Units(text.c_str());
+    for (const unsigned short* const end = next + text.size(); next != end;) {
+        const unsigned int code = VEL::UCS::internal::_DecodeUTF16Fast(next, end);
+        const bool isUpper = code >= 'A' && code <= 'Z';
+        codes.push_back(!inLowerCase   ? code
+                        : code < 0x80u ? code + (isUpper ? 0x20 : 0)
+                                       : static_cast<unsigned int>(std::towlower(code)));
+    }
+    return codes;
+}
+
+} // namespace
+
+// Halves of pairs stand anywhere, so that what differs may be either half of a character.
+TEST(CompareWide, GoesCharacterByCharacter) {
+    TestLocales::UseLocale(TestLocales::English);
+    constexpr char16_t Alphabet[] = {u'a', u'A', u'b', u'\u00e9', u'\u00c9', 0xD800, 0xD801, 0xDC00, 0xDC28};
+    std::minstd_rand random(31);
+    const auto anyUnit = [&] { return Alphabet[(random() >> 8) % std::size(Alphabet)]; };
+    for (int round = 0; round < 40000; ++round) {
+        std::u16string left;
+        for (std::size_t length = (random() >> 8) % 24; length > 0; --length) {
+            left += anyUnit();
+        }
+        std::u16string right = left;
+        for (std::size_t changes = (random() >> 8) % 3; changes > 0 && !right.empty(); --changes) {
+            right[(random() >> 8) % right.size()] = anyUnit();
+        }
+        if (round % 8 == 0) {
+            right += anyUnit();
+        }
+        const int expected = left == right                                             ? 2
+                             : CodePointsOf(left, true) != CodePointsOf(right, true)   ? 0
+                             : CodePointsOf(left, false) != CodePointsOf(right, false) ? 1
+                                                                                       : 2;
+        ASSERT_EQ(WideString(left).Compare(WideString(right)), expected)
+            << testing::PrintToString(left) << " " << testing::PrintToString(right);
+    }
 }

@@ -10,6 +10,7 @@
 #include <ostream>
 #include <random>
 #include <sstream>
+#include <streambuf>
 
 namespace {
 
@@ -264,6 +265,18 @@ INSTANTIATE_TEST_SUITE_P(Environments, NextOfNarrow,
                          testing::Values(StringEnvironment::UTF8, StringEnvironment::OneToOne),
                          StringEnvironment::NameOf);
 
+TEST_P(NextOfNarrow, TakesOneByteAtTheTerminator) {
+    unsigned int code = 0xDEAD;
+    EXPECT_EQ(VEL::internal::_GetNextMbcs(code, ""), 1);
+    EXPECT_EQ(code, 0u);
+    char bytes[Room] = "#######";
+    EXPECT_EQ(VEL::internal::_GetNextMbcs(bytes, ""), 1);
+    EXPECT_STREQ(bytes, "");
+    unsigned short units[4] = {0x2323, 0x2323, 0x2323, 0x2323};
+    EXPECT_EQ(VEL::internal::_GetNextMbcs(units, ""), 1);
+    EXPECT_EQ(units[0], 0);
+}
+
 // Text in a wanted encoding.
 
 class StringAs : public InAllStates {
@@ -408,6 +421,86 @@ TEST_P(NarrowAs, AnyEncodingOfAllOrSoManyBytes) {
     }
 }
 
+namespace {
+
+/// Asks for a text while its requests are refused, from the first one to the last. It is null and of no length then.
+template <class T, unsigned long N>
+void ExpectNullInAShortage(const std::u16string& text, bool isWide, const std::basic_string<T>& expected) {
+    for (const auto extent : {HeapShortage::OnlyThatOne, HeapShortage::FromThatOneOn}) {
+        bool hasStruck = true;
+        for (int first = 1; hasStruck; ++first) {
+            SCOPED_TRACE(testing::Message() << UTF8Of(text) << isWide << ", request " << first);
+            const T old[] = {1, 0};
+            const T* out = old;
+            unsigned int n = 77;
+            const QORUnicodeString s = StringOf(text, isWide);
+            OptimizedBuffer<T, N> buffer;
+            {
+                const HeapShortage shortage(first, extent);
+                _GetStringAs(out, n, s, buffer);
+                hasStruck = HeapShortage::HasStruck();
+            }
+            if (hasStruck) {
+                EXPECT_EQ(out, nullptr);
+                EXPECT_EQ(n, 0u);
+            } else {
+                EXPECT_EQ(std::basic_string<T>(out, out + n), expected);
+            }
+        }
+    }
+}
+
+} // namespace
+
+TEST_P(NarrowAs, WithoutMemoryIsNullAndOfNoLength) {
+    VELStringPoolSetForCurrentThrd(0);
+    // A short text needs no more than its view, a long one the buffer too.
+    for (const std::u16string& text : {std::u16string(u"abc"), std::u16string(u"gr\u00fcn"), LongText()}) {
+        const std::string utf8 = UTF8Of(text);
+        const std::u32string utf32 = CodePointsOf(text);
+        for (const bool isWide : {false, true}) {
+            ExpectNullInAShortage<char, 32>(text, isWide, utf8);
+            ExpectNullInAShortage<unsigned short, 16>(text, isWide, {text.begin(), text.end()});
+            ExpectNullInAShortage<unsigned int, 8>(text, isWide, {utf32.begin(), utf32.end()});
+        }
+    }
+}
+
+namespace {
+
+/// Takes text without a request for memory.
+class FixedTarget : public std::streambuf {
+public:
+    FixedTarget() { setp(_bytes, _bytes + sizeof _bytes); }
+    std::string Text() const { return {pbase(), pptr()}; }
+
+private:
+    char _bytes[256];
+};
+
+} // namespace
+
+TEST_P(NarrowAs, WithoutMemoryIsNotInsertedAndFails) {
+    VELStringPoolSetForCurrentThrd(0);
+    for (const std::u16string& text : {std::u16string(u"abc"), LongText()}) {
+        for (const bool isWide : {false, true}) {
+            const QORUnicodeString s = StringOf(text, isWide);
+            const std::string utf8 = UTF8Of(text);
+            FixedTarget target;
+            std::ostream out(&target);
+            bool hasStruck = false;
+            {
+                const HeapShortage shortage(1, HeapShortage::FromThatOneOn);
+                StreamInsertUTF8(out, s);
+                hasStruck = HeapShortage::HasStruck();
+            }
+            EXPECT_EQ(out.rdstate(), hasStruck ? std::ios::failbit : std::ios::goodbit);
+            EXPECT_EQ(target.Text(), hasStruck ? "" : utf8);
+            EXPECT_TRUE(hasStruck || isWide || IsUTF8()) << "a view is needed";
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Environments, NarrowAs, testing::Values(StringEnvironment::UTF8, StringEnvironment::OneToOne),
                          StringEnvironment::NameOf);
 
@@ -433,6 +526,36 @@ TEST(ScratchBuffer, StaysInPlaceAsLongAsItCan) {
     EXPECT_EQ(log.Live(), 0u);
 }
 
+namespace {
+
+/// The storage in use, and its elements, as they lie behind the elements in place.
+template <class T>
+std::pair<const T*, unsigned long> FieldsOf(const void* buffer) {
+    std::pair<const T*, unsigned long> fields;
+    std::memcpy(&fields.first, static_cast<const char*>(buffer) + 32, sizeof fields.first);
+    std::memcpy(&fields.second, static_cast<const char*>(buffer) + 40, sizeof fields.second);
+    return fields;
+}
+
+template <class T, unsigned long N>
+void ExpectFieldsInOrder() {
+    OptimizedBuffer<T, N> buffer;
+    static_assert(sizeof buffer == 48);
+    EXPECT_EQ(static_cast<void*>(buffer.Data()), &buffer);
+    EXPECT_EQ(FieldsOf<T>(&buffer), std::pair(static_cast<const T*>(buffer.Data()), N));
+    buffer.Reserve(1000);
+    EXPECT_EQ(FieldsOf<T>(&buffer), std::pair(static_cast<const T*>(buffer.Data()), 1000ul));
+}
+
+} // namespace
+
+// Callers reach into it.
+TEST(ScratchBuffer, HasTheElementsInPlaceThenTheStorageThenItsSize) {
+    ExpectFieldsInOrder<char, 32>();
+    ExpectFieldsInOrder<unsigned short, 16>();
+    ExpectFieldsInOrder<unsigned int, 8>();
+}
+
 TEST(ScratchBuffer, WithoutMemoryKeepsWhatItHas) {
     OptimizedBuffer<unsigned int, 8> buffer;
     buffer.Data()[0] = 77;
@@ -440,6 +563,9 @@ TEST(ScratchBuffer, WithoutMemoryKeepsWhatItHas) {
     EXPECT_EQ(buffer.Capacity(), 8u);
     EXPECT_EQ(buffer.Data()[0], 77u);
 }
+
+static_assert(sizeof(SType) == sizeof(int));
+static_assert(VEL::internal::STypeNarrow == 1 && VEL::internal::STypeWide == 2);
 
 // Insertion into streams.
 
@@ -475,6 +601,15 @@ TEST_P(CharacterInsertion, IsItsUTF8) {
         EXPECT_EQ(out.str(), PlainUnicode::Encode(code));
         EXPECT_TRUE(out.good());
     }
+}
+
+TEST_P(CharacterInsertion, OfCodeZeroIsNothing) {
+    std::ostringstream out;
+    out << "<";
+    StreamInsertUTF8(out, QORUnicodeChar());
+    out << ">";
+    EXPECT_EQ(out.str(), "<>");
+    EXPECT_TRUE(out.good());
 }
 
 INSTANTIATE_TEST_SUITE_P(Environments, CharacterInsertion,

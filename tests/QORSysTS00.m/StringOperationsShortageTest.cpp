@@ -3,6 +3,7 @@
 /// nothing leaks, nothing throws, and nobody else is touched.
 
 #include "HeapLog.h"
+#include "QORSysTSUnicodeString.h"
 #include "StringStates.h"
 #include "VELVectorOfUnicodeString.h"
 
@@ -224,6 +225,77 @@ TEST_P(OperationsShortage, LooksLeaveTheString) {
 }
 
 INSTANTIATE_TEST_SUITE_P(States, OperationsShortage, EnvironmentsAndStates(), NameOfEnvironmentAndState);
+
+// A text that is missing for want of memory equals nothing, not even a text that has none.
+
+template <class String>
+class MissingText : public testing::Test {
+protected:
+    /// Runs `action` without memory, which it needs.
+    template <class Action>
+    static bool InAShortage(const Action& action) {
+        const HeapShortage shortage(1, HeapShortage::FromThatOneOn);
+        const bool result = action();
+        EXPECT_TRUE(HeapShortage::HasStruck());
+        return result;
+    }
+
+    void SetUp() override { VELStringPoolSetForCurrentThrd(0); }
+};
+
+using StringsWithEquality = testing::Types<QORUnicodeString, QORSysTSUnicodeString>;
+TYPED_TEST_SUITE(MissingText, StringsWithEquality);
+
+TYPED_TEST(MissingText, EqualsNothing) {
+    for (const std::u16string other : {u"", u"abc", u"x"}) {
+        const auto narrow = StringOn<TypeParam>(NewNarrow("abc"));
+        const auto wide = StringOn<TypeParam>(NewWide(other));
+        EXPECT_FALSE(this->InAShortage([&] { return narrow == wide; }));
+        EXPECT_FALSE(this->InAShortage([&] { return wide == narrow; }));
+        EXPECT_TRUE(this->InAShortage([&] { return narrow != wide; }));
+        EXPECT_TRUE(this->InAShortage([&] { return wide != narrow; }));
+        EXPECT_EQ(narrow == wide, other == u"abc") << "with memory";
+        EXPECT_EQ(wide == narrow, other == u"abc");
+    }
+}
+
+TEST(MissingTextIn, StandsNowhere) {
+    VELStringPoolSetForCurrentThrd(0);
+    const auto narrow = [] { return StringOn<QORSysTSUnicodeString>(NewNarrow("abc")); };
+    const auto wide = [](const char16_t* text) { return StringOn<QORSysTSUnicodeString>(NewWide(text)); };
+    const QORSysTSUnicodeString text = narrow();
+    const QORSysTSUnicodeString what = narrow();
+    const QORSysTSUnicodeString nothing = wide(u"");
+    const QORSysTSUnicodeString abc = wide(u"abc");
+    {
+        const HeapShortage shortage(1, HeapShortage::FromThatOneOn);
+        EXPECT_FALSE(text.IsSubStringAt(0, nothing));
+        EXPECT_FALSE(text.IsSubStringAt(0, abc));
+        EXPECT_FALSE(nothing.IsSubStringAt(0, what));
+        EXPECT_FALSE(abc.IsSubStringAt(0, what));
+        EXPECT_FALSE(abc.IsSubStringAt(3, what));
+        EXPECT_TRUE(HeapShortage::HasStruck());
+    }
+    EXPECT_TRUE(text.IsSubStringAt(0, nothing));
+    EXPECT_TRUE(abc.IsSubStringAt(0, what));
+}
+
+TEST(MissingTextIn, StandsNowhereInAStringEither) {
+    VELStringPoolSetForCurrentThrd(0);
+    const QORUnicodeString text = BytesString("abc");
+    const QORUnicodeString what = BytesString("abc");
+    const QORUnicodeString nothing = WideString(u"");
+    const QORUnicodeString abc = WideString(u"abc");
+    {
+        const HeapShortage shortage(1, HeapShortage::FromThatOneOn);
+        EXPECT_FALSE(VEL::IsSubStringAt(text, 0, abc));
+        EXPECT_FALSE(VEL::IsSubStringAt(nothing, 0, what));
+        EXPECT_FALSE(VEL::IsSubStringAt(abc, 0, what));
+        EXPECT_FALSE(VEL::IsSubStringAt(abc, 3, what));
+        EXPECT_TRUE(HeapShortage::HasStruck());
+    }
+    EXPECT_TRUE(VEL::IsSubStringAt(abc, 0, what));
+}
 
 TEST(StreamShortage, GivesAPartOfTheLineOrNothing) {
     VELStringPoolSetForCurrentThrd(0);

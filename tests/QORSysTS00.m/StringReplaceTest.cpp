@@ -401,6 +401,9 @@ TEST_P(ReplaceAll, FromLeftToRightWithoutOverlap) {
                         const bool isKept = TheState() == State::Narrow && again.capacity > again.Now()->_length;
                         EXPECT_EQ(again.Now() == again.block, isKept);
                     }
+                    if (again.Now() != again.block) {
+                        EXPECT_EQ(again.Now()->_capacity, CapacityFor(!isNarrow, again.Now()->_length));
+                    }
                     again.ExpectOthersUntouched();
                 }
             }
@@ -494,6 +497,41 @@ TEST(ReplaceAllLong, AgreesWithThePlainWay) {
                     QORUnicodeString s = StringOf(text, isWide);
                     s.ReplaceAll(StringOf(what, isWide), StringOf(with, isWide));
                     ASSERT_EQ(TextOf(s), AllReplaced(text, what, with)) << UTF8Of(text);
+                }
+            }
+        }
+    }
+}
+
+// Places are found and kept so many at a time.
+TEST(ReplaceAllLong, AroundTheNumberOfPlacesThatAreKept) {
+    for (const int hits : {511, 512, 513, 1023, 1024, 1025}) {
+        for (const std::u16string what : {u"a", u"abc", u"abcabcabc"}) {
+            std::u16string text;
+            for (int i = 0; i < hits; ++i) {
+                text += std::u16string(static_cast<std::size_t>(i % 3), u'-') + what;
+            }
+            for (const std::u16string with : {u"", u"x", u"xyz", u"<a longer text>"}) {
+                const std::u16string expected = AllReplaced(text, what, with);
+                for (const bool isWide : {false, true}) {
+                    for (const bool isShared : {false, true}) {
+                        SCOPED_TRACE(testing::Message() << hits << " " << UTF8Of(what) << " by " << UTF8Of(with));
+                        QORUnicodeString s = StringOf(text, isWide);
+                        const QORUnicodeString other = isShared ? s : QORUnicodeString();
+                        const Block before = StringAccess::BlockOf(s);
+                        const bool isInPlace = !isShared && before->_capacity > static_cast<int>(expected.size());
+                        s.ReplaceAll(StringOf(what, isWide), StringOf(with, isWide));
+                        ASSERT_EQ(TextOf(s), expected);
+                        ExpectFreshlyWritten(s, isWide);
+                        if (isInPlace) {
+                            EXPECT_EQ(StringAccess::BlockOf(s), before);
+                        } else {
+                            EXPECT_EQ(StringAccess::BlockOf(s)->_capacity,
+                                      CapacityFor(isWide, static_cast<int>(expected.size())))
+                                << "no room for growth";
+                        }
+                        EXPECT_EQ(TextOf(other), isShared ? text : u"");
+                    }
                 }
             }
         }

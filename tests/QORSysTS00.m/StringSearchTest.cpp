@@ -338,6 +338,26 @@ TEST_P(SearchIn, SplitByNothingOrByTheStringItself) {
 
 INSTANTIATE_TEST_SUITE_P(States, SearchIn, EnvironmentsAndStates(), NameOfEnvironmentAndState);
 
+TEST(SearchStated, ModesHaveTheirNumbers) {
+    EXPECT_EQ(QORUnicodeString::QORSearchModeForward, 1);
+    EXPECT_EQ(QORUnicodeString::QORSearchModeBackward, 2);
+    const QORUnicodeString s("abcbc");
+    EXPECT_EQ(s.SearchSubString("bc", 0, static_cast<QORUnicodeString::QORSearchMode>(1)), 1);
+    EXPECT_EQ(s.SearchSubString("bc", 0, static_cast<QORUnicodeString::QORSearchMode>(2)), 3);
+}
+
+TEST(SearchStated, BuildsTheViewsOfBothNarrowStrings) {
+    for (const auto mode : {QORUnicodeString::QORSearchModeForward, QORUnicodeString::QORSearchModeBackward}) {
+        for (const char* wanted : {"bc", "#", "longer than the text"}) {
+            const QORUnicodeString s("abcbc");
+            const QORUnicodeString what(wanted);
+            s.SearchSubString(what, 0, mode);
+            EXPECT_TRUE(VEL::internal::IsSecondViewAvailable(s)) << wanted;
+            EXPECT_TRUE(VEL::internal::IsSecondViewAvailable(what)) << wanted;
+        }
+    }
+}
+
 // The vector is cleared first, so the text must have been taken out of it by then.
 TEST(Split, OfAStringInTheVectorThatItFills) {
     VELVectorOfUnicodeString strings;
@@ -348,6 +368,32 @@ TEST(Split, OfAStringInTheVectorThatItFills) {
     EXPECT_STREQ(strings.GetAsPtr(0)->ConvertToChar(), "a");
     EXPECT_STREQ(strings.GetAsPtr(1)->ConvertToChar(), "b");
     EXPECT_STREQ(strings.GetAsPtr(2)->ConvertToChar(), "c");
+}
+
+// Places are found so many at a time.
+TEST(Split, AroundTheNumberOfPlacesThatAreFoundAtOnce) {
+    for (const int separators : {255, 256, 257, 511, 512, 513}) {
+        for (const std::u16string separator : {u",", u";;"}) {
+            for (const bool isLastEmpty : {false, true}) {
+                std::u16string text;
+                std::vector<std::u16string> expected;
+                for (int i = 0; i < separators; ++i) {
+                    expected.push_back(std::u16string(static_cast<std::size_t>(i % 3), u'q'));
+                    text += expected.back() + separator;
+                }
+                expected.push_back(isLastEmpty ? u"" : u"end");
+                text += expected.back();
+                for (const int wide : {0, 1, 2, 3}) {
+                    VELVectorOfUnicodeString pieces;
+                    VEL::Split(StringOf(text, (wide & 1) != 0), StringOf(separator, (wide & 2) != 0), pieces);
+                    ASSERT_EQ(pieces.GetLength(), separators + 1);
+                    for (int i = 0; i <= separators; ++i) {
+                        ASSERT_EQ(TextOf(*pieces.GetAsPtr(i)), expected[static_cast<std::size_t>(i)]) << i;
+                    }
+                }
+            }
+        }
+    }
 }
 
 TEST(Split, ManyPieces) {

@@ -15,7 +15,7 @@ qor_add_test(StringStorageTest
     VELStringPoolTest.cpp
     VELStringTest.cpp
   LINK QORSysTS_static)
-qor_wrap(StringStorageTest ${string_environment} malloc free _Z13VELDebugBreaki _ZN3VEL8internal15PrintStackTraceEv)
+qor_wrap(StringStorageTest ${string_environment} malloc realloc free _Z13VELDebugBreaki _ZN3VEL8internal15PrintStackTraceEv)
 
 qor_add_test(StringPinTest SOURCES StringPinTest.cpp LINK QORSysTS_static)
 qor_wrap(StringPinTest dladdr dlopen dlerror)

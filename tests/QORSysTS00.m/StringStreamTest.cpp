@@ -218,5 +218,44 @@ TEST_P(Line, OfAStreamThatEndedIsEmpty) {
     }
 }
 
+TEST_P(Line, IsKeptWhateverExceptionsTheStreamIsAskedFor) {
+    constexpr auto Mask = std::ios::eofbit | std::ios::failbit;
+    const std::string longLine(158, 'q');
+    for (const std::string& text :
+         {std::string(), std::string("text"), std::string("text\nnext"), std::string("\nnext"), std::string("  "),
+          std::string("  text"), longLine, longLine + "\nnext"}) {
+        for (const int skipWhite : {0, 1}) {
+            SCOPED_TRACE(text);
+            std::istringstream plain(text);
+            std::istringstream in(text);
+            in.exceptions(Mask);
+            // The third call finds a stream that failed before.
+            for (int call = 0; call < 3; ++call) {
+                QORUnicodeString expected;
+                expected.BuildFromStream(plain, skipWhite);
+                QORUnicodeString s("old");
+                EXPECT_NO_THROW(s.BuildFromStream(in, skipWhite));
+                EXPECT_EQ(TextOf(s), TextOf(expected));
+                EXPECT_EQ(in.exceptions(), Mask);
+                EXPECT_EQ(in.rdstate(), plain.rdstate());
+            }
+        }
+    }
+}
+
+TEST_P(Line, FromAStreamThatBreaksNeverThrows) {
+    constexpr auto Mask = std::ios::badbit | std::ios::failbit;
+    for (const int skipWhite : {0, 1}) {
+        Drop drop("qqq", true);
+        std::istream in(&drop);
+        in.exceptions(Mask);
+        QORUnicodeString s("old");
+        EXPECT_NO_THROW(s.BuildFromStream(in, skipWhite));
+        EXPECT_EQ(TextOf(s), u"qqq");
+        EXPECT_EQ(in.exceptions(), Mask);
+        EXPECT_FALSE(in.good());
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Environments, Line, testing::Values(StringEnvironment::UTF8, StringEnvironment::OneToOne),
                          StringEnvironment::NameOf);

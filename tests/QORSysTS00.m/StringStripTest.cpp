@@ -89,8 +89,11 @@ TEST_P(Strip, TakesTheCharacterAwayWhereTheModeSays) {
                 const bool isNothingDone = expected == text;
                 if (isNothingDone && (isNarrow || IsWide(TheState()))) {
                     EXPECT_EQ(StringAccess::BlockOf(result), subject.block);
-                } else if (!isNothingDone) {
+                } else {
+                    // Narrow text without such a character, too, gives a wide string.
                     ExpectFreshlyWritten(result, !isNarrow);
+                    EXPECT_EQ(StringAccess::BlockOf(result)->_capacity,
+                              CapacityFor(!isNarrow, StringAccess::BlockOf(result)->_length));
                     subject.ExpectOthersUntouched();
                 }
                 ExpectReadsAs(result, expected);
@@ -154,6 +157,33 @@ TEST(StripWide, UnpairedLowSurrogatesAreCharacters) {
     EXPECT_EQ(TextOf(s.Strip(QORUnicodeString::QORStripModeBoth, Character(0xDE00))), u"\U0001F600");
     EXPECT_EQ(TextOf(s.Strip(QORUnicodeString::QORStripModeAll, Character(0xDE00))), u"\U0001F600");
     EXPECT_EQ(TextOf(s.Strip(QORUnicodeString::QORStripModeAll, Character(0x1F600))), low + low);
+}
+
+// Cut to two units such a code would give two that a text can hold.
+TEST(StripWide, CodesBeyondUnicodeStandNowhere) {
+    const std::u16string lows(2, char16_t(0xDC00));
+    ASSERT_EQ(UnitsOf(0x110000), lows);
+    for (const std::u16string& text : {lows, lows + u"a" + lows, UnitsOf(0xFFFFFFFF) + u"a"}) {
+        for (const unsigned int code : {0x110000u, 0xFFFFFFFFu, 0x80000061u}) {
+            for (const Mode mode : AllModes) {
+                const QORUnicodeString s = WideString(text);
+                const QORUnicodeString result = s.Strip(mode, Character(code));
+                EXPECT_EQ(TextOf(result), text) << code;
+                EXPECT_EQ(StringAccess::BlockOf(result), StringAccess::BlockOf(s));
+            }
+        }
+    }
+}
+
+TEST(StripModes, HaveTheirNumbers) {
+    EXPECT_EQ(QORUnicodeString::QORStripModeLeading, 1);
+    EXPECT_EQ(QORUnicodeString::QORStripModeTrailing, 2);
+    EXPECT_EQ(QORUnicodeString::QORStripModeBoth, 3);
+    EXPECT_EQ(QORUnicodeString::QORStripModeAll, 4);
+    EXPECT_EQ(TextOf(WideString(u" a a ").Strip(static_cast<Mode>(1))), u"a a ");
+    EXPECT_EQ(TextOf(WideString(u" a a ").Strip(static_cast<Mode>(2))), u" a a");
+    EXPECT_EQ(TextOf(WideString(u" a a ").Strip(static_cast<Mode>(3))), u"a a");
+    EXPECT_EQ(TextOf(WideString(u" a a ").Strip(static_cast<Mode>(4))), u"aa");
 }
 
 TEST(StripLong, AgreesWithThePlainWay) {

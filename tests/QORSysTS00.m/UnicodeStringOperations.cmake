@@ -9,6 +9,7 @@ qor_add_test(UnicodeStringOperationsTest
     StringChangeTest.cpp
     StringCompareTest.cpp
     StringEnvironment.cpp
+    StringGrowthTest.cpp
     StringIterationTest.cpp
     StringOperationsShortageTest.cpp
     StringRandomChangeTest.cpp

@@ -307,6 +307,16 @@ TEST_P(SizedUTF8, GivesABlockOfWideText) {
     EXPECT_STREQ(Owned(VELSysStrToWChar(NullString<QORUnicodeString>())).get(), L"");
 }
 
+TEST_P(SizedUTF8, GivesABlockOfTheSuggestedSize) {
+    for (const std::u16string& text : {std::u16string(), std::u16string(u"a"), std::u16string(u"ab"),
+                                       std::u16string(u"a\u20ac\U0001F600"), std::u16string(100, u'x')}) {
+        const QORUnicodeString s = WideString(text);
+        const HeapLog log;
+        const auto wide = Owned(VELSysStrToWChar(s));
+        EXPECT_THAT(log.Requests(), ElementsAre(static_cast<std::size_t>(s.ConvertToWChar(nullptr)) * sizeof(wchar_t)));
+    }
+}
+
 TEST_P(SizedUTF8, BuildsAStringFromUTF8) {
     QORUnicodeString s("before");
     EXPECT_EQ(VELSysStrBuildU(s, nullptr), -1);

@@ -1,5 +1,6 @@
 #include "VLString.h"
 
+#include "FakeConverter.h"
 #include "GuardedMemory.h"
 #include "HeapLog.h"
 #include "StringEnvironment.h"
@@ -210,6 +211,16 @@ TEST_P(VLConversion, GivesNullForNull) {
     unsigned short* wide = units;
     EXPECT_EQ(VLstrTowstr(nullptr, wide), 0);
     EXPECT_EQ(wide, nullptr);
+}
+
+TEST_P(VLConversion, OfTextThatTheConverterRefusesIsEmpty) {
+    FakeConverter::s_fails = true;
+    char* out = nullptr;
+    EXPECT_EQ(VLwstrTostr(VL(u"abc"), out), 0);
+    FakeConverter::s_fails = false;
+    const std::unique_ptr<char[]> owner(out);
+    ASSERT_NE(out, nullptr);
+    EXPECT_TRUE(std::all_of(out, out + 7, [](char byte) { return byte == 0; }));
 }
 
 INSTANTIATE_TEST_SUITE_P(Environments, VLConversion,

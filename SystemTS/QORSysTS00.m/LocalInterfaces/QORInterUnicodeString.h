@@ -83,11 +83,21 @@ public:
     /// The length of the block that replaces one which can't be written or is too small for `length` units.
     /// @param grow  Leave room for further growth when the old block is too small.
     static int _NewLength(Block block, int length, bool grow);
+    /// True for a block alone and too large for the pool, which the C library may give more room where it stands: that
+    /// spares large texts their copy.
+    static bool _IsEnlargedInPlace(Block block);
+    /// Such a block with room for `length` units, changed and with its text; the empty block without memory.
+    static Block _Enlarge(Block block, int length);
     /// A new wide block from a narrow one, which is released.
     static Block _ToWide(Block block, int length, bool keep);
     /// A new narrow block from a wide one, which is released.
     static Block _ToNarrow(Block block, int length, bool keep);
 
+    /// The second view, or null while none is built.
+    View SecondView() const {
+        // Acquire: with the pointer comes the view's text.
+        return _secondView.load(std::memory_order_acquire);
+    }
     /// The second view of a narrow block, built when missing; null when there is no memory for it.
     View _GetUTF16View() const;
     /// The second view of a wide block, likewise.
@@ -95,20 +105,57 @@ public:
     /// Drops the second view. A view that readers of a shared block may still hold is abandoned, not freed.
     void _DeleteSecondView() const;
     /// Every change of text ends with this: the view is dropped and the hash is stale.
-    void _MarkChanged();
+    void _MarkChanged() {
+        if (IsTheEmptyBlock()) {
+            return;
+        }
+        if (_secondView.load(std::memory_order_relaxed) != nullptr) {
+            _DeleteSecondView();
+        }
+        std::uint16_t flags = _flags.load(std::memory_order_relaxed);
+        while ((flags & StaleFlag) == 0 && !_flags.compare_exchange_weak(flags, flags | StaleFlag)) {
+        }
+    }
     /// The hash of the text: 31 bits, equal for equal text in either representation.
     std::uint32_t _GetHash() const;
 
     // The text in either encoding, whatever the main representation. Null and 0 only when a view can't be allocated.
-    TextRange<unsigned short> _GetUTF16() const;
-    TextRange<char> _GetMBCS() const;
-    const unsigned short* _GetUTF16Text() const;
-    int _GetUTF16Length() const;
-    const char* _GetMBCSText() const;
-    int _GetMBCSLength() const;
+    TextRange<unsigned short> _GetUTF16() const {
+        if (IsWide()) {
+            return {Wide(), _length};
+        }
+        View view = SecondView();
+        if (view == nullptr) {
+            view = _GetUTF16View();
+        }
+        return view != nullptr ? TextRange<unsigned short>{view->UTF16(), view->_length}
+                               : TextRange<unsigned short>{nullptr, 0};
+    }
+    TextRange<char> _GetMBCS() const {
+        if (!IsWide()) {
+            return {Text(), _length};
+        }
+        View view = SecondView();
+        if (view == nullptr) {
+            view = _GetMBCSView();
+        }
+        return view != nullptr ? TextRange<char>{view->Narrow(), view->_length} : TextRange<char>{nullptr, 0};
+    }
+    const unsigned short* _GetUTF16Text() const { return _GetUTF16().text; }
+    /// Of a narrow block without text no view is built.
+    int _GetUTF16Length() const { return _length != 0 ? _GetUTF16().length : 0; }
+    const char* _GetMBCSText() const { return _GetMBCS().text; }
+    int _GetMBCSLength() const { return _GetMBCS().length; }
 
     /// Puts the terminator behind `length` units and makes that the length.
-    void SetLength(int length);
+    void SetLength(int length) {
+        _length = length;
+        if (IsWide()) {
+            Wide()[length] = 0;
+        } else {
+            Text()[length] = 0;
+        }
+    }
 
     constexpr QORInterUnicodeString(View view, std::int32_t length, std::int32_t capacity, std::uint16_t flags)
         : _secondView(view), _length(length), _capacity(capacity), _hash(0), _refCount(1), _flags(flags), _text{} {}

@@ -17,11 +17,6 @@ bool IsTextAt(Block text, int pos, Block what);
 
 /// 2 for identical texts, 1 for texts that differ only in case, otherwise 0.
 int CompareByCase(Block a, Block b);
-/// An ordering, of the bytes when both are narrow and `byUnits` is false, otherwise of the UTF-16 units. -1 for a null
-/// `a`, 1 for a null `b`.
-int SortCompare(Block a, Block b, bool byUnits);
-/// Equality of text. Null equals null only.
-bool AreEqual(Block a, Block b);
 /// Equality with zero-terminated narrow text.
 bool EqualsNarrow(Block block, const char* s);
 

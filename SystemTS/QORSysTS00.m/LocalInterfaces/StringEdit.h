@@ -6,6 +6,7 @@
 /// allocated changes nothing; without memory for a block the string stands on the empty block.
 #pragma once
 
+#include "StringAccess.h"
 #include "StringText.h"
 
 #include <initializer_list>
@@ -24,6 +25,17 @@ template <bool IsWide>
 Block AppendTexts(Block block, std::initializer_list<TextRange<UnitOf<IsWide>>> texts, bool grow);
 /// Appends a text: narrow when both are, otherwise wide.
 Block AppendText(Block block, Block text);
+
+/// Appends the text of `text` to `s`; a null handle on either side changes nothing.
+template <class String>
+String& AppendString(String& s, const String& text) {
+    const Block block = StringAccess::BlockOf(s);
+    const Block added = StringAccess::BlockOf(text);
+    if (block != nullptr && added != nullptr) {
+        StringAccess::SetBlock(s, AppendText(block, added));
+    }
+    return s;
+}
 
 /// Replaces the `count` units at `pos` of a wide block by the first `newCount` units of `with`, filled up with spaces.
 /// A narrow block becomes wide. A range that is not within the text, and a negative number, change nothing.

@@ -20,15 +20,18 @@ void SplitText(const String& s, const String& separator, Vector& out) try {
     out.Clear();
     const UTF16Range in = UTF16Of(StringAccess::BlockOf(text));
     const UTF16Range wanted = UTF16Of(StringAccess::BlockOf(between));
+    constexpr int AtOnce = 256;
+    std::ptrdiff_t places[AtOnce];
     std::ptrdiff_t start = 0;
-    while (wanted.length > 0 && wanted.length <= in.length - start) {
-        const std::ptrdiff_t length = FindFirst(in.text + start, in.length - start, wanted.text, wanted.length);
-        if (length == NotFound) {
-            break;
+    int found = wanted.length > 0 ? AtOnce : 0;
+    while (found == AtOnce) {
+        found =
+            FindPlaces(Search<unsigned short>{in.text, in.length, wanted.text, wanted.length}, start, places, AtOnce);
+        for (int i = 0; i < found; ++i) {
+            const Block piece = CutText(in, static_cast<int>(start), static_cast<int>(places[i] - start));
+            out.PutBack(StringAccess::Make<String>(piece));
+            start = places[i] + wanted.length;
         }
-        const Block piece = CutText(in, static_cast<int>(start), static_cast<int>(length));
-        out.PutBack(StringAccess::Make<String>(piece));
-        start += length + wanted.length;
     }
     if (start == 0 && StringAccess::BlockOf(text) != nullptr) {
         out.PutBack(text);

@@ -7,6 +7,28 @@
 
 namespace VEL::internal {
 
+/// While it lives a stream reports by its state alone, whatever exceptions were asked of it: what has been read must
+/// not be lost on the way.
+class StreamWithoutExceptions {
+public:
+    explicit StreamWithoutExceptions(std::istream& in) : _in(in), _mask(in.exceptions()) {
+        _in.exceptions(std::ios_base::goodbit);
+    }
+    StreamWithoutExceptions(const StreamWithoutExceptions&) = delete;
+    StreamWithoutExceptions& operator=(const StreamWithoutExceptions&) = delete;
+    ~StreamWithoutExceptions() {
+        try {
+            _in.exceptions(_mask);
+        } catch (const std::ios_base::failure&) {
+            // The mask stands again; what it would throw for has been told by the state.
+        }
+    }
+
+private:
+    std::istream& _in;
+    std::ios_base::iostate _mask;
+};
+
 /// Passes over white space, line feeds too. @return False at the end of the stream and when it fails.
 inline bool SkipWhite(std::istream& in) {
     char next;

@@ -35,8 +35,15 @@ bool IsMissing(Block block, const Range& range) {
 }
 
 /// Text and length from one look at the block; an empty text for a null handle and for a view that can't be allocated.
-UTF16Range UTF16Of(Block block);
-MBCSRange MBCSOf(Block block);
+inline UTF16Range UTF16Of(Block block) {
+    // A block without text is asked for none, so that no view is built for it.
+    const UTF16Range range = block != nullptr && block->_length != 0 ? block->_GetUTF16() : UTF16Range{};
+    return range.text != nullptr ? range : UTF16Range{EmptyText, 0};
+}
+inline MBCSRange MBCSOf(Block block) {
+    const MBCSRange range = block != nullptr ? block->_GetMBCS() : MBCSRange{};
+    return range.text != nullptr ? range : MBCSRange{EmptyHandle(), 0};
+}
 /// One of the two.
 template <bool IsWide>
 TextRange<UnitOf<IsWide>> RangeOf(Block block) {

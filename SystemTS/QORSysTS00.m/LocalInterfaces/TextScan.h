@@ -11,6 +11,20 @@ namespace VEL::internal {
 
 constexpr std::ptrdiff_t NotFound = -1;
 
+/// A text, and what is looked for in it.
+template <class Unit>
+struct Search {
+    const Unit* text;
+    std::ptrdiff_t length;
+    const Unit* what;
+    std::ptrdiff_t whatLength;
+};
+
+/// Finds the places of a `what` that is not empty, from left to right, none of them overlapping another: at most `max`
+/// from `start` on. Linear in practice for periodic texts, too. @return Their number.
+int FindPlaces(const Search<char>& search, std::ptrdiff_t start, std::ptrdiff_t* found, int max);
+int FindPlaces(const Search<unsigned short>& search, std::ptrdiff_t start, std::ptrdiff_t* found, int max);
+
 /// The first place of `what` in a text, or NotFound. Neither length is negative; an empty `what` is found at 0. Linear
 /// in practice for periodic texts, too.
 std::ptrdiff_t FindFirst(const char* text, std::ptrdiff_t length, const char* what, std::ptrdiff_t whatLength);
@@ -23,6 +37,12 @@ std::ptrdiff_t FindLast(const unsigned short* text, std::ptrdiff_t length, const
 
 /// The first place at which `a` and `b` differ or `a` has a zero unit; `length` when there is none.
 std::ptrdiff_t FindDifferenceOrZero(const unsigned short* a, const unsigned short* b, std::ptrdiff_t length);
+
+/// How many units at the start (end) of a text are `unit`.
+std::ptrdiff_t CountLeading(const char* text, std::ptrdiff_t length, char byte);
+std::ptrdiff_t CountLeading(const unsigned short* text, std::ptrdiff_t length, unsigned short unit);
+std::ptrdiff_t CountTrailing(const char* text, std::ptrdiff_t length, char byte);
+std::ptrdiff_t CountTrailing(const unsigned short* text, std::ptrdiff_t length, unsigned short unit);
 
 /// The first unit that a change to lower (upper) case may change: a letter of the other case, or one that is not ASCII.
 /// `length` when there is none.

@@ -3,6 +3,7 @@
 #include "Assertion.h"
 #include "EnvironmentConverter.h"
 #include "TestHarness.h"
+#include "TextCopy.h"
 #include "VELDebugBreak.h"
 #include "VELStringHandle.h"
 #include "VELStringPool.h"
@@ -20,33 +21,61 @@ using View = QORInterUnicodeString::View;
 
 static_assert(QORInterUnicodeString::HeaderSize - offsetof(QORInterUnicodeString, _refCount) ==
               VEL::internal::HandleCountOffset);
+static_assert(QORInterUnicodeString::HeaderSize - offsetof(QORInterUnicodeString, _flags) ==
+              VEL::internal::FlagsOffset);
+static_assert(QORInterUnicodeString::HeaderSize - offsetof(QORInterUnicodeString, _length) ==
+              VEL::internal::LengthOffset);
+static_assert(QORInterUnicodeString::HeaderSize - offsetof(QORInterUnicodeString, _capacity) ==
+              VEL::internal::CapacityOffset);
+static_assert(QORInterUnicodeString::HeaderSize - offsetof(QORInterUnicodeString, _secondView) ==
+              VEL::internal::SecondViewOffset);
+static_assert(QORInterUnicodeString::WideFlag == VEL::internal::WideTextFlag &&
+              QORInterUnicodeString::StaleFlag == VEL::internal::StaleHashFlag);
 
 namespace {
 
 /// Serves as an empty narrow and as an empty UTF-16 text.
 constinit QORInterUnicodeView s_emptyView{0, {0, 0}};
 
+/// Bytes of a block for `length` units, and what that gives it room for.
+template <bool IsWide>
+struct BlockSize {
+    explicit BlockSize(int length)
+        : bytes((static_cast<std::size_t>(length) + 1) * UnitSize + QORInterUnicodeString::HeaderSize),
+          capacity((StringPool::GrantedSize(bytes) - QORInterUnicodeString::HeaderSize) / UnitSize) {}
+
+    /// A capacity that its field can't hold counts as no memory.
+    bool IsTooLarge() const { return capacity > INT_MAX; }
+
+    static constexpr std::size_t UnitSize = sizeof(UnitOf<IsWide>);
+    std::size_t bytes;
+    std::size_t capacity;
+};
+
+/// Bytes with which a block goes back to the pool. Deliberate: the capacity of a wide block counts units, so it goes
+/// back as a smaller block than it is.
+std::size_t ReturnedSize(const QORInterUnicodeString& block) {
+    return static_cast<std::size_t>(block._capacity) + QORInterUnicodeString::HeaderSize;
+}
+
 /// A block of one handle; its text is left to the caller, but for the terminator.
 template <bool IsWide>
 inline Block NewBlock(int length) {
-    using Unit = UnitOf<IsWide>;
     if (length < 1) {
         return QORInterUnicodeString::Empty();
     }
-    const std::size_t size = (static_cast<std::size_t>(length) + 1) * sizeof(Unit) + QORInterUnicodeString::HeaderSize;
-    const std::size_t capacity = (StringPool::GrantedSize(size) - QORInterUnicodeString::HeaderSize) / sizeof(Unit);
-    // A capacity that its field can't hold counts as no memory.
-    if (capacity > INT_MAX) [[unlikely]] {
+    const BlockSize<IsWide> size(length);
+    if (size.IsTooLarge()) [[unlikely]] {
         return QORInterUnicodeString::Empty();
     }
-    const auto block = static_cast<Block>(ThisThreadsStringPool().Take(size));
+    const auto block = static_cast<Block>(ThisThreadsStringPool().Take(size.bytes));
     if (block == nullptr) [[unlikely]] {
         return QORInterUnicodeString::Empty();
     }
     // The fields are set one by one: the structure's last bytes are text already, which the caller fills in.
     new (&block->_secondView) std::atomic<View>(nullptr);
     block->_length = length;
-    block->_capacity = static_cast<std::int32_t>(capacity);
+    block->_capacity = static_cast<std::int32_t>(size.capacity);
     new (&block->_hash) std::atomic<std::uint32_t>(0);
     new (&block->_refCount) std::atomic<std::int32_t>(1);
     new (&block->_flags) std::atomic<std::uint16_t>(QORInterUnicodeString::StaleFlag | Representation<IsWide>::Flag);
@@ -57,8 +86,22 @@ inline Block NewBlock(int length) {
 /// Fills a new block with the first units of a text, at most `length` of them, and makes that its length.
 template <bool IsWide>
 void CopyInto(Block block, const UnitOf<IsWide>* text, int count) {
-    std::memcpy(Representation<IsWide>::Text(block), text, static_cast<std::size_t>(count) * sizeof(UnitOf<IsWide>));
+    VEL::internal::Copy(Representation<IsWide>::Text(block), text, count);
     block->SetLength(count);
+}
+
+template <bool IsWide>
+Block Enlarge(Block block, int length) {
+    const BlockSize<IsWide> size(length);
+    void* const larger = size.IsTooLarge() ? nullptr : std::realloc(block, StringPool::GrantedSize(size.bytes));
+    if (larger == nullptr) {
+        QORInterUnicodeString::_Release(block);
+        return QORInterUnicodeString::Empty();
+    }
+    block = static_cast<Block>(larger);
+    block->_capacity = static_cast<std::int32_t>(size.capacity);
+    block->_MarkChanged();
+    return block;
 }
 
 template <bool IsWide>
@@ -70,7 +113,11 @@ Block Ensure(Block block, int length, bool keep, bool grow) {
         }
         return block;
     }
-    const Block fresh = NewBlock<IsWide>(QORInterUnicodeString::_NewLength(block, length, grow));
+    const int newLength = QORInterUnicodeString::_NewLength(block, length, grow);
+    if (keep && block->_capacity <= length && QORInterUnicodeString::_IsEnlargedInPlace(block)) {
+        return QORInterUnicodeString::_Enlarge(block, newLength);
+    }
+    const Block fresh = NewBlock<IsWide>(newLength);
     if (keep && !fresh->IsTheEmptyBlock()) {
         CopyInto<IsWide>(fresh, Representation<IsWide>::Text(block), std::min(block->_length, length));
     }
@@ -142,8 +189,7 @@ void VEL::internal::DestroyBlock(char* text) noexcept {
     if (block->_secondView.load(std::memory_order_relaxed) != nullptr) {
         block->_DeleteSecondView();
     }
-    // Deliberate: the capacity of a wide block counts units, so it goes back as a smaller block than it is.
-    ThisThreadsStringPool().Give(block, static_cast<std::size_t>(block->_capacity) + QORInterUnicodeString::HeaderSize);
+    ThisThreadsStringPool().Give(block, ReturnedSize(*block));
 }
 
 Block QORInterUnicodeString::_NewNarrow(int length) {
@@ -161,7 +207,7 @@ Block QORInterUnicodeString::_FromBytes(const char* bytes, std::size_t length) {
     }
     const Block block = NewBlock<false>(static_cast<int>(length));
     if (!block->IsTheEmptyBlock()) {
-        std::memcpy(block->Text(), bytes, length);
+        VEL::internal::Copy(block->Text(), bytes, static_cast<std::ptrdiff_t>(length));
     }
     return block;
 }
@@ -198,6 +244,14 @@ int QORInterUnicodeString::_NewLength(Block block, int length, bool grow) {
     return static_cast<int>(std::clamp<std::int64_t>(grown, length, INT_MAX));
 }
 
+bool QORInterUnicodeString::_IsEnlargedInPlace(Block block) {
+    return block->IsAlone() && ReturnedSize(*block) > StringPool::LargestPooledSize;
+}
+
+Block QORInterUnicodeString::_Enlarge(Block block, int length) {
+    return block->IsWide() ? Enlarge<true>(block, length) : Enlarge<false>(block, length);
+}
+
 Block QORInterUnicodeString::_EnsureNarrow(Block block, int length, bool keep, bool grow) {
     return Ensure<false>(block, length, keep, grow);
 }
@@ -212,15 +266,6 @@ Block QORInterUnicodeString::_ToWide(Block block, int length, bool keep) {
 
 Block QORInterUnicodeString::_ToNarrow(Block block, int length, bool keep) {
     return Change<false>(block, length, keep);
-}
-
-void QORInterUnicodeString::SetLength(int length) {
-    _length = length;
-    if (IsWide()) {
-        Wide()[length] = 0;
-    } else {
-        Text()[length] = 0;
-    }
 }
 
 /// Builds a view of `bytes` bytes and makes it the block's, unless another thread was faster.
@@ -243,7 +288,7 @@ View QORInterUnicodeString::_PublishView(std::size_t bytes, const Convert& conve
 }
 
 View QORInterUnicodeString::_GetUTF16View() const {
-    if (const View view = _secondView.load(std::memory_order_acquire)) {
+    if (const View view = SecondView()) {
         return view;
     }
     const std::size_t room = static_cast<std::size_t>(_length) + 1;
@@ -257,7 +302,7 @@ View QORInterUnicodeString::_GetUTF16View() const {
 }
 
 View QORInterUnicodeString::_GetMBCSView() const {
-    if (const View view = _secondView.load(std::memory_order_acquire)) {
+    if (const View view = SecondView()) {
         return view;
     }
     const VELSysCodePage& converter = VEL::internal::EnvironmentConverter();
@@ -293,22 +338,10 @@ void QORInterUnicodeString::_DeleteSecondView() const {
         // What a reader publishes from here on is that reader's.
         return;
     }
-    if (const View view = _secondView.load(std::memory_order_acquire)) {
+    if (const View view = SecondView()) {
         // Deliberately not through the pool, whose buckets stay those of blocks.
         std::free(view);
         _secondView.store(nullptr, std::memory_order_relaxed);
-    }
-}
-
-void QORInterUnicodeString::_MarkChanged() {
-    if (IsTheEmptyBlock()) {
-        return;
-    }
-    if (_secondView.load(std::memory_order_relaxed) != nullptr) {
-        _DeleteSecondView();
-    }
-    std::uint16_t flags = _flags.load(std::memory_order_relaxed);
-    while ((flags & StaleFlag) == 0 && !_flags.compare_exchange_weak(flags, flags | StaleFlag)) {
     }
 }
 
@@ -334,38 +367,4 @@ std::uint32_t QORInterUnicodeString::_GetHash() const {
            !_flags.compare_exchange_weak(flags, static_cast<std::uint16_t>(flags & ~StaleFlag))) {
     }
     return hash;
-}
-
-TextRange<unsigned short> QORInterUnicodeString::_GetUTF16() const {
-    if (IsWide()) {
-        return {Wide(), _length};
-    }
-    const View view = _GetUTF16View();
-    return view != nullptr ? TextRange<unsigned short>{view->UTF16(), view->_length}
-                           : TextRange<unsigned short>{nullptr, 0};
-}
-
-TextRange<char> QORInterUnicodeString::_GetMBCS() const {
-    if (!IsWide()) {
-        return {Text(), _length};
-    }
-    const View view = _GetMBCSView();
-    return view != nullptr ? TextRange<char>{view->Narrow(), view->_length} : TextRange<char>{nullptr, 0};
-}
-
-const unsigned short* QORInterUnicodeString::_GetUTF16Text() const {
-    return _GetUTF16().text;
-}
-
-int QORInterUnicodeString::_GetUTF16Length() const {
-    // Of a narrow block without text no view is built.
-    return _length != 0 ? _GetUTF16().length : 0;
-}
-
-const char* QORInterUnicodeString::_GetMBCSText() const {
-    return _GetMBCS().text;
-}
-
-int QORInterUnicodeString::_GetMBCSLength() const {
-    return _GetMBCS().length;
 }

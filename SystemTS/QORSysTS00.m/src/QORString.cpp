@@ -47,6 +47,23 @@ QORString& Apply(QORString& s, const Change& change) {
     return s;
 }
 
+/// Keeps, through an operation, the wide block that it makes a narrow string leave: a caller's `const char*` may be
+/// that of the block's view.
+class WideBlockInUse {
+public:
+    explicit WideBlockInUse(const QORString& s) {
+        const Block block = BlockOf(s);
+        _text = block != nullptr && block->IsWide() ? block->Text() : nullptr;
+        AddHandle(_text);
+    }
+    WideBlockInUse(const WideBlockInUse&) = delete;
+    WideBlockInUse& operator=(const WideBlockInUse&) = delete;
+    ~WideBlockInUse() { DropHandle(_text); }
+
+private:
+    char* _text;
+};
+
 QORString& AppendBytes(QORString& s, const char* text, int length) {
     return Apply(s, [=](Block block) { return AppendTexts<false>(block, {{text, length}}, false); });
 }
@@ -93,10 +110,7 @@ void QORString::_ReportNullHandle() const {
 
 /// Comes before each operation: a null handle is repaired, and a wide block left for a narrow one.
 void QORString::_Prepare() const {
-    if (_text == nullptr) {
-        _text = EmptyHandle();
-        return;
-    }
+    _Repaired();
     const Block block = BlockOf(*this);
     if (block->IsWide()) {
         _text = NarrowBlockFrom(block)->Text();
@@ -182,12 +196,14 @@ QORChar QORString::operator[](int i) const {
 }
 
 int QORString::Compare(const char* s) const {
+    const WideBlockInUse inUse(*this);
     const char* const text = ConvertToChar();
     return s != nullptr ? std::strcmp(text, s) : static_cast<signed char>(*text);
 }
 
 int QORString::Compare(const QORString& s) const {
-    return Compare(s.ConvertToChar());
+    const char* const text = ConvertToChar();
+    return std::strcmp(text, s.ConvertToChar());
 }
 
 int QORString::compare(const char* s) const {
@@ -296,6 +312,7 @@ QORString QORString::strip(char c) const {
 }
 
 QORString& QORString::operator+=(const char* s) {
+    const WideBlockInUse inUse(*this);
     Prepared(*this);
     if (s == nullptr || *s == 0) {
         return *this;
@@ -313,11 +330,9 @@ QORString& QORString::operator+=(const char* s) {
 }
 
 QORString& QORString::operator+=(const QORString& s) {
+    const bool isOnEmptyBlock = Prepared(*this)->IsTheEmptyBlock();
     const TextRange<char> text = TextOf(s);
-    if (Prepared(*this)->IsTheEmptyBlock()) {
-        return *this = s;
-    }
-    return AppendBytes(*this, text.text, text.length);
+    return isOnEmptyBlock ? *this = s : AppendBytes(*this, text.text, text.length);
 }
 
 QORString& QORString::Append(const QORString& s) {
@@ -354,6 +369,7 @@ QORString& QORString::operator+=(unsigned long long number) {
 }
 
 QORString QORString::operator+(const char* s) const {
+    const WideBlockInUse inUse(*this);
     Prepared(*this);
     QORString result(*this);
     result += s;
@@ -368,6 +384,7 @@ QORString QORString::operator+(const QORString& s) const {
 }
 
 QORString operator+(const char* a, const QORString& b) {
+    const WideBlockInUse inUse(b);
     Prepared(b);
     QORString result(a);
     result += b;
@@ -383,11 +400,11 @@ QORString& QORString::pad(int n, char fill, int truncate) {
 }
 
 QORString& QORString::ReplaceSubString(int pos, int count, const QORString& s) {
-    const TextRange<char> with = TextOf(s);
-    return Apply(*this, [&](Block block) { return ReplaceBytes(block, pos, count, with); });
+    return Apply(*this, [&](Block block) { return ReplaceBytes(block, pos, count, TextOf(s)); });
 }
 
 QORString& QORString::ReplaceSubString(int pos, int count, const QORString& s, int newCount) {
+    Prepared(*this);
     Prepared(s);
     QORString with(s);
     with.Resize(newCount, ' ', 1);
@@ -396,6 +413,7 @@ QORString& QORString::ReplaceSubString(int pos, int count, const QORString& s, i
 
 int QORString::ReplaceSubString(const QORString& what, const QORString& with) {
     const int place = FindPosition(what, 0);
+    Prepared(with);
     if (place >= 0) {
         ReplaceSubString(place, what.Length(), with);
     }
@@ -443,6 +461,7 @@ QORString& QORString::toLower() {
 }
 
 std::istream& QORString::ReadLine(std::istream& in, int skipWhite) {
+    const StreamWithoutExceptions guard(in);
     QORString line;
     if (skipWhite == 0 || SkipWhite(in)) {
         ReadLineInPieces(in, [&](const char* piece) { line += piece; });
@@ -459,8 +478,10 @@ int QORSysUTF8Str(QORString* s, char* text) {
     if (s == nullptr || text == nullptr) {
         return VEL::StatusOk;
     }
-    const Block fresh = QORInterUnicodeString::_FromBytes(text, std::strlen(text));
+    // All that is read of the text is read first: it may be the string's own.
+    const std::size_t length = std::strlen(text);
+    const Block fresh = QORInterUnicodeString::_FromBytes(text, length);
     StringAccess::Reset(*s);
     StringAccess::SetBlock(*s, fresh);
-    return *text != 0 ? VEL::StatusOk : VEL::StatusFailure;
+    return length != 0 ? VEL::StatusOk : VEL::StatusFailure;
 }

@@ -136,9 +136,8 @@ unsigned int QORSysTSUnicodeString::HashFunc() const {
     return HashOf(BlockOf(*this));
 }
 
-QORSysTSUnicodeString& QORSysTSUnicodeString::Append(const QORSysTSUnicodeString& s) {
-    const Block text = BlockOf(s);
-    return text != nullptr ? Apply(*this, [=](Block block) { return AppendText(block, text); }) : *this;
+QORSysTSUnicodeString& QORSysTSUnicodeString::_AppendText(const QORSysTSUnicodeString& s) {
+    return AppendString(*this, s);
 }
 
 QORSysTSUnicodeString& QORSysTSUnicodeString::Append(const QORSysTSUnicodeString& a, const QORSysTSUnicodeString& b) {
@@ -182,7 +181,10 @@ int QORSysTSUnicodeString::Insert(int pos, const QORSysTSUnicodeString& s, int s
         Append(s, start, end);
         return BlockOf(*this)->IsTheEmptyBlock() ? VEL::StatusFailure : VEL::StatusOk;
     }
-    return ReplaceRange(pos, pos, s.SubString(start, end));
+    // Deliberately done whatever becomes of it: in a narrow string `pos` may be beyond the last UTF-16 unit.
+    const QORSysTSUnicodeString piece = s.SubString(start, end);
+    Apply(*this, [&](Block own) { return VEL::internal::ReplaceRange(own, pos, 0, BlockOf(piece)); });
+    return VEL::StatusOk;
 }
 
 int QORSysTSUnicodeString::ReplaceRange(int start, int end, const QORSysTSUnicodeString& s) {
@@ -257,28 +259,4 @@ int QORSysTSUnicodeString::Compare(const QORSysTSUnicodeString& other, unsigned 
     const char* const a = ConvertToChar();
     const char* const b = other.ConvertToChar();
     return ignoreCase != 0 ? strcasecmp(a, b) : std::strcmp(a, b);
-}
-
-bool QORSysTSUnicodeString::operator==(const QORSysTSUnicodeString& other) const {
-    return AreEqual(BlockOf(*this), BlockOf(other));
-}
-
-bool QORSysTSUnicodeString::operator!=(const QORSysTSUnicodeString& other) const {
-    return !(*this == other);
-}
-
-bool QORSysTSUnicodeString::operator<(const QORSysTSUnicodeString& other) const {
-    return SortCompare(BlockOf(*this), BlockOf(other), false) < 0;
-}
-
-bool QORSysTSUnicodeString::operator<=(const QORSysTSUnicodeString& other) const {
-    return SortCompare(BlockOf(*this), BlockOf(other), false) <= 0;
-}
-
-bool QORSysTSUnicodeString::operator>(const QORSysTSUnicodeString& other) const {
-    return SortCompare(BlockOf(*this), BlockOf(other), false) > 0;
-}
-
-bool QORSysTSUnicodeString::operator>=(const QORSysTSUnicodeString& other) const {
-    return SortCompare(BlockOf(*this), BlockOf(other), false) >= 0;
 }

@@ -154,8 +154,16 @@ void QORToken::Reset() {
 }
 
 QORUnicodeString QORToken::GetNextToken(const QORUnicodeString& delimiters, unsigned char* found) {
-    const DelimiterSet set(UTF16Of(StringAccess::BlockOf(delimiters)));
-    return TakeToken(_text, set, _keepEmpty != 0, _position, found);
+    const auto block = StringAccess::BlockOf(delimiters);
+    const UTF16Range units = UTF16Of(block);
+    if (VEL::internal::IsMissing(block, units)) {
+        // Without memory for the delimiters there is no token, and the position stays.
+        if (found != nullptr) {
+            *found = 0;
+        }
+        return {};
+    }
+    return TakeToken(_text, DelimiterSet(units), _keepEmpty != 0, _position, found);
 }
 
 QORUnicodeString QORToken::GetNextToken(unsigned char* found) {

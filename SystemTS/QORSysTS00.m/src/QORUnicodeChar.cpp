@@ -20,6 +20,33 @@ namespace {
 constexpr unsigned char FirstNonASCII = 0x80;
 constexpr auto UpToLongestCharacter = static_cast<unsigned long>(-1);
 
+/// A code point and the bytes that it was read from; code 0 when there is none.
+struct FirstCharacter {
+    unsigned int code;
+    unsigned long bytes;
+};
+
+FirstCharacter Decode(const char* s, unsigned long n) {
+    const char* next = s;
+    unsigned int code = 0;
+    if (EnvironmentConverter().GetNextMultiByteCharAsUTF32(code, next, n) < 1) {
+        code = 0;
+    }
+    return {code, static_cast<unsigned long>(next - s)};
+}
+
+/// Decodes with the longest character in sight. What stands behind the terminator isn't the caller's: it reads as zero,
+/// and a character that needs it is none.
+FirstCharacter DecodeTerminated(const char* s) {
+    char sight[16] = {};
+    const auto width =
+        std::clamp<std::size_t>(static_cast<std::size_t>(EnvironmentConverter().GetMaxCharSize()), 1, sizeof sight);
+    const std::size_t length = strnlen(s, width);
+    std::memcpy(sight, s, length);
+    const FirstCharacter first = Decode(sight, width);
+    return first.bytes <= length + 1 ? first : FirstCharacter{0, 0};
+}
+
 } // namespace
 
 QORUnicodeChar::QORUnicodeChar(char c) {
@@ -55,16 +82,10 @@ int QORUnicodeChar::BuildFromChar(const char* s, unsigned long n) {
     if (s == nullptr || n == 0) {
         return _BuildQuestionMark();
     }
-    const VELSysCodePage& converter = EnvironmentConverter();
-    if (n == UpToLongestCharacter) {
-        // A text may be shorter than the longest character. What stands behind its terminator isn't the caller's.
-        n = strnlen(s, static_cast<std::size_t>(std::max(converter.GetMaxCharSize(), 1)));
-    }
-    const char* next = s;
-    unsigned int code = 0;
-    if (converter.GetNextMultiByteCharAsUTF32(code, next, n) > 0 && code != 0) {
-        _code = code;
-        _StoreMbChar(s, static_cast<unsigned long>(next - s));
+    const FirstCharacter first = n == UpToLongestCharacter ? DecodeTerminated(s) : Decode(s, n);
+    if (first.code != 0) {
+        _code = first.code;
+        _StoreMbChar(s, first.bytes);
         return 0;
     }
     if (*s != 0) {

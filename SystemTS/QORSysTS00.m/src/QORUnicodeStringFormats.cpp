@@ -41,7 +41,7 @@ int BuildFromQuoted(QORUnicodeString& s, const char* text, std::size_t length) {
         }
     }
     Replace(s, block);
-    return block->IsTheEmptyBlock() && length > 0 ? -1 : 0;
+    return 0;
 }
 
 void ReportDataLoss(const char* text, unsigned int value) {
@@ -69,7 +69,7 @@ int BuildFromDigits(QORUnicodeString& s, const char* text) {
         return -1;
     }
     const Block block = QORInterUnicodeString::_NewWide(static_cast<int>(groups));
-    int result = block->IsTheEmptyBlock() ? -1 : 0;
+    int result = 0;
     if (!block->IsTheEmptyBlock()) {
         for (std::size_t i = 0; i < groups; ++i, digits += Digits) {
             unsigned int value = 0;
@@ -183,6 +183,7 @@ int QORUnicodeString::ConvertToSTEP(char* out) const {
 }
 
 std::istream& QORUnicodeString::BuildFromStream(std::istream& in, int skipWhite) {
+    const StreamWithoutExceptions guard(in);
     Reset();
     if (skipWhite != 0 && !SkipWhite(in)) {
         return in;

@@ -70,13 +70,8 @@ QORUnicodeString& QORUnicodeString::Resize(int n) {
     return Apply(*this, [&](Block block) { return ResizeWide(block, n, Space, true); });
 }
 
-QORUnicodeString& QORUnicodeString::Append(const QORUnicodeString& s) {
-    const Block text = BlockOf(s);
-    return text != nullptr ? Apply(*this, [&](Block block) { return AppendText(block, text); }) : *this;
-}
-
-QORUnicodeString& QORUnicodeString::operator+=(const QORUnicodeString& s) {
-    return Append(s);
+QORUnicodeString& QORUnicodeString::_AppendText(const QORUnicodeString& s) {
+    return AppendString(*this, s);
 }
 
 QORUnicodeString& QORUnicodeString::operator+=(const QORUnicodeChar& c) {
@@ -171,35 +166,7 @@ int QORUnicodeString::Compare(const QORUnicodeString& other) const {
 
 int QORUnicodeString::SortCompare(const QORUnicodeString& other, int mode) const {
     constexpr int ByUnits = 1;
-    return VEL::internal::SortCompare(BlockOf(*this), BlockOf(other), (mode & ByUnits) != 0);
-}
-
-int QORUnicodeString::SortCompare(const QORUnicodeString& other) const {
-    return SortCompare(other, 0);
-}
-
-bool QORUnicodeString::operator<(const QORUnicodeString& other) const {
-    return SortCompare(other) < 0;
-}
-
-bool QORUnicodeString::operator<=(const QORUnicodeString& other) const {
-    return SortCompare(other) <= 0;
-}
-
-bool QORUnicodeString::operator>(const QORUnicodeString& other) const {
-    return SortCompare(other) > 0;
-}
-
-bool QORUnicodeString::operator>=(const QORUnicodeString& other) const {
-    return SortCompare(other) >= 0;
-}
-
-bool QORUnicodeString::operator==(const QORUnicodeString& other) const {
-    return AreEqual(BlockOf(*this), BlockOf(other));
-}
-
-bool QORUnicodeString::operator!=(const QORUnicodeString& other) const {
-    return !(*this == other);
+    return OrderAnyTexts(_text, other._text, (mode & ByUnits) != 0);
 }
 
 bool QORUnicodeString::operator==(const char* s) const {

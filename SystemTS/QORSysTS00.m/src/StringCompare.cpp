@@ -5,6 +5,7 @@
 #include "TextScan.h"
 #include "VELSysUCDecoder.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace VEL::internal {
@@ -45,7 +46,7 @@ private:
 
 class WideWalk {
 public:
-    explicit WideWalk(const UTF16Range& text) : _next(text.text), _end(text.text + text.length) {}
+    WideWalk(const UTF16Range& text, std::ptrdiff_t start) : _next(text.text + start), _end(text.text + text.length) {}
 
     bool IsAtEnd() const { return _next == _end; }
     unsigned int Next() { return UCS::internal::_DecodeUTF16Fast(_next, _end); }
@@ -54,6 +55,28 @@ private:
     const unsigned short* _next;
     const unsigned short* _end;
 };
+
+/// The first place at which two texts differ, or at which the shorter one ends.
+std::ptrdiff_t FindDifference(const UTF16Range& a, const UTF16Range& b) {
+    const std::ptrdiff_t length = std::min(a.length, b.length);
+    std::ptrdiff_t place = 0;
+    for (;; ++place) {
+        place += FindDifferenceOrZero(a.text + place, b.text + place, length - place);
+        if (place == length || a.text[place] != b.text[place]) {
+            return place;
+        }
+    }
+}
+
+/// The start of the character that the unit at `place` belongs to, as a walk from the start of the text sees it: a high
+/// surrogate is joined with whatever unit follows.
+std::ptrdiff_t CharacterStart(const UTF16Range& text, std::ptrdiff_t place) {
+    std::ptrdiff_t first = place;
+    while (first > 0 && UCS::internal::IsHighSurrogate(text.text[first - 1])) {
+        --first;
+    }
+    return place - (place - first) % 2;
+}
 
 template <class Walk>
 int CompareWalks(Walk a, Walk b) {
@@ -70,6 +93,11 @@ int CompareWalks(Walk a, Walk b) {
         result = 1;
     }
     return a.IsAtEnd() && b.IsAtEnd() ? result : 0;
+}
+
+/// Views are made on demand, so a reader is handed the block as it is.
+Block BlockBehind(const char* text) {
+    return QORInterUnicodeString::FromText(const_cast<char*>(text));
 }
 
 template <class Range>
@@ -105,7 +133,7 @@ bool IsTextAt(Block text, int pos, Block what) {
     }
     const UTF16Range in = UTF16Of(text);
     const UTF16Range wanted = UTF16Of(what);
-    return pos <= in.length && wanted.length <= in.length - pos &&
+    return !IsMissing(text, in) && !IsMissing(what, wanted) && pos <= in.length && wanted.length <= in.length - pos &&
            HasSameUnits(UTF16Range{in.text + pos, wanted.length}, wanted);
 }
 
@@ -127,38 +155,44 @@ int CompareByCase(Block a, Block b) {
     }
     const UTF16Range first = UTF16Of(a);
     const UTF16Range second = UTF16Of(b);
-    return HasSameUnits(first, second) ? 2 : CompareWalks(WideWalk(first), WideWalk(second));
+    const std::ptrdiff_t place = FindDifference(first, second);
+    if (place == first.length && place == second.length) {
+        return 2;
+    }
+    const std::ptrdiff_t start = CharacterStart(first, place);
+    return CompareWalks(WideWalk(first, start), WideWalk(second, start));
 }
 
-int SortCompare(Block a, Block b, bool byUnits) {
+int OrderAnyTexts(const char* a, const char* b, bool byUnits) noexcept {
     if (a == nullptr) {
         return -1;
     }
     if (b == nullptr) {
         return 1;
     }
-    if (!byUnits && !a->IsWide() && !b->IsWide()) {
-        return std::strcmp(a->Text(), b->Text());
+    if (!byUnits && ((TextFlags(a) | TextFlags(b)) & WideTextFlag) == 0) {
+        return std::strcmp(a, b);
     }
-    const UTF16Range first = UTF16Of(a);
-    const UTF16Range second = UTF16Of(b);
+    const UTF16Range first = UTF16Of(BlockBehind(a));
+    const UTF16Range second = UTF16Of(BlockBehind(b));
     // With the terminator of the shorter one, at which they differ at the latest.
     const int length = first.length < second.length ? first.length : second.length;
     const std::ptrdiff_t place = FindDifferenceOrZero(first.text, second.text, std::ptrdiff_t{length} + 1);
     return place > length ? 0 : static_cast<int>(first.text[place]) - static_cast<int>(second.text[place]);
 }
 
-bool AreEqual(Block a, Block b) {
-    if (a == b) {
-        return true;
-    }
+bool AreEqualAnyTexts(const char* a, const char* b) noexcept {
     if (a == nullptr || b == nullptr) {
-        return false;
+        return a == b;
     }
-    if (!a->IsWide() && !b->IsWide()) {
-        return HasSameUnits(MBCSOf(a), MBCSOf(b));
+    const Block first = BlockBehind(a);
+    const Block second = BlockBehind(b);
+    if (!first->IsWide() && !second->IsWide()) {
+        return HasSameUnits(MBCSOf(first), MBCSOf(second));
     }
-    return HasSameUnits(UTF16Of(a), UTF16Of(b));
+    const UTF16Range x = UTF16Of(first);
+    const UTF16Range y = UTF16Of(second);
+    return HasSameUnits(x, y) && !IsMissing(first, x) && !IsMissing(second, y);
 }
 
 bool EqualsNarrow(Block block, const char* s) {

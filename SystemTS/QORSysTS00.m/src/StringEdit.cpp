@@ -1,5 +1,6 @@
 #include "StringEdit.h"
 
+#include "TextCopy.h"
 #include "TextScan.h"
 #include "VELStringIteration.h"
 #include "VELSysUCDecoder.h"
@@ -15,6 +16,8 @@
 namespace VEL::internal {
 namespace {
 
+using internal::CountLeading;
+using internal::CountTrailing;
 using UCS::internal::IsHighSurrogate;
 using UCS::internal::IsLowSurrogate;
 
@@ -26,12 +29,6 @@ struct EncodedCodePoint {
     unsigned short units[2];
     int count;
 };
-
-template <class Unit>
-Unit* Copy(Unit* out, const Unit* from, std::ptrdiff_t count) {
-    std::memcpy(out, from, static_cast<std::size_t>(count) * sizeof(Unit));
-    return out + count;
-}
 
 template <class Unit>
 Unit* Move(Unit* out, const Unit* from, std::ptrdiff_t count) {
@@ -58,42 +55,58 @@ bool LiesIn(Block block, const void* text) {
 template <class Unit>
 class Places {
 public:
-    Places(TextRange<Unit> text, TextRange<Unit> what) : _text(text), _what(what) {
-        for (std::ptrdiff_t place = Find(0); place != NotFound; place = Find(place + what.length)) {
-            if (_count < Kept) {
-                _places[static_cast<std::size_t>(_count)] = static_cast<int>(place);
+    Places(TextRange<Unit> text, TextRange<Unit> what) : _search{text.text, text.length, what.text, what.length} {
+        for (int found = FindFrom(0); found > 0; found = FindFrom(_end)) {
+            _count += found;
+            if (found < Kept) {
+                break;
             }
-            ++_count;
         }
+        _isWhole = _count < Kept;
     }
 
     std::ptrdiff_t Count() const { return _count; }
 
     /// Writes the text with the places replaced. `out` may be the text itself when `with` is no longer than what it
     /// replaces.
-    void Write(Unit* out, TextRange<Unit> with) const {
+    void Write(Unit* out, TextRange<Unit> with) {
+        const bool isInPlace = out == _search.text;
         std::ptrdiff_t done = 0;
-        for (std::ptrdiff_t i = 0; i < _count; ++i) {
-            const std::ptrdiff_t place = i < Kept ? _places[static_cast<std::size_t>(i)] : Find(done);
-            out = Move(out, _text.text + done, place - done);
-            out = Copy(out, with.text, with.length);
-            done = place + _what.length;
+        for (std::ptrdiff_t left = _count; left > 0; left -= Kept) {
+            const int found = _isWhole ? static_cast<int>(left) : FindFrom(done);
+            for (int i = 0; i < found; ++i) {
+                out = CopyBetween(out, done, _places[static_cast<std::size_t>(i)], isInPlace);
+                out = Copy(out, with.text, with.length);
+                done = _places[static_cast<std::size_t>(i)] + _search.whatLength;
+            }
         }
-        Move(out, _text.text + done, _text.length - done);
+        CopyBetween(out, done, _search.length, isInPlace);
     }
 
 private:
-    static constexpr std::ptrdiff_t Kept = 512;
+    static constexpr int Kept = 512;
 
-    std::ptrdiff_t Find(std::ptrdiff_t from) const {
-        const std::ptrdiff_t place = FindFirst(_text.text + from, _text.length - from, _what.text, _what.length);
-        return place != NotFound ? from + place : NotFound;
+    int FindFrom(std::ptrdiff_t from) {
+        const int found = FindPlaces(_search, from, _places.data(), Kept);
+        if (found > 0) {
+            _end = _places[static_cast<std::size_t>(found) - 1] + _search.whatLength;
+        }
+        return found;
     }
 
-    TextRange<Unit> _text;
-    TextRange<Unit> _what;
+    Unit* CopyBetween(Unit* out, std::ptrdiff_t from, std::ptrdiff_t to, bool isInPlace) const {
+        const Unit* const source = _search.text + from;
+        if (out == source) {
+            return out + (to - from);
+        }
+        return isInPlace ? Move(out, source, to - from) : Copy(out, source, to - from);
+    }
+
+    Search<Unit> _search;
     std::ptrdiff_t _count = 0;
-    std::array<int, Kept> _places;
+    std::ptrdiff_t _end = 0; ///< Behind the last place that was found.
+    bool _isWhole;           ///< All places are kept.
+    std::array<std::ptrdiff_t, Kept> _places;
 };
 
 /// `text` is that of the block in the wanted representation, which need not be the block's own.
@@ -101,7 +114,7 @@ template <bool IsWide>
 Block ReplacePlaces(Block block, TextRange<UnitOf<IsWide>> text, TextRange<UnitOf<IsWide>> what,
                     TextRange<UnitOf<IsWide>> with) {
     using Unit = UnitOf<IsWide>;
-    const Places<Unit> places(text, what);
+    Places<Unit> places(text, what);
     if (places.Count() == 0) {
         return block;
     }
@@ -132,8 +145,8 @@ Block ReplacePlaces(Block block, TextRange<UnitOf<IsWide>> text, TextRange<UnitO
     return Representation<IsWide>::Set(block, result.get(), static_cast<int>(length));
 }
 
-/// Where a code point stands at the start of a text, and at its end. A high surrogate is joined with the unit behind
-/// it.
+/// Where a code point stands at the start of a text, and at its end. A true pair counts as one code point, so that a
+/// surrogate is stripped only where it stands alone.
 bool StartsWith(const unsigned short* first, const unsigned short* last, const EncodedCodePoint& code) {
     if (last - first < code.count || first[0] != code.units[0]) {
         return false;
@@ -154,15 +167,31 @@ bool EndsWith(const unsigned short* first, const unsigned short* last, const Enc
     return !IsLowSurrogate(last[-1]) || last - first < 2 || !IsHighSurrogate(last[-2]);
 }
 
-bool StartsWith(const char* first, const char* last, char byte) {
-    return first < last && *first == byte;
+/// Units at the start (end) of a text that are copies of a code point.
+std::ptrdiff_t CountLeading(const unsigned short* text, std::ptrdiff_t length, const EncodedCodePoint& code) {
+    std::ptrdiff_t count = 0;
+    while (StartsWith(text + count, text + length, code)) {
+        count += code.count;
+    }
+    return count;
 }
 
-bool EndsWith(const char* first, const char* last, char byte) {
-    return first < last && last[-1] == byte;
+std::ptrdiff_t CountTrailing(const unsigned short* text, std::ptrdiff_t length, const EncodedCodePoint& code) {
+    std::ptrdiff_t count = 0;
+    while (EndsWith(text, text + length - count, code)) {
+        count += code.count;
+    }
+    return count;
 }
 
-constexpr int CountOf(char) {
+/// Of a byte, and of a unit that is no surrogate and so a code point wherever it stands.
+template <class Unit>
+bool StartsWith(const Unit* first, const Unit* last, Unit unit) {
+    return first < last && *first == unit;
+}
+
+template <class Unit>
+constexpr int CountOf(Unit) {
     return 1;
 }
 
@@ -204,14 +233,10 @@ Block Strip(TextRange<UnitOf<IsWide>> text, int mode, const Character& character
     const auto* last = text.text + text.length;
     const bool stripsAll = mode == StripAll;
     if (!stripsAll && (mode & StripLeading) != 0) {
-        while (StartsWith(first, last, character)) {
-            first += CountOf(character);
-        }
+        first += CountLeading(first, last - first, character);
     }
     if (!stripsAll && (mode & StripTrailing) != 0) {
-        while (EndsWith(first, last, character)) {
-            last -= CountOf(character);
-        }
+        last -= CountTrailing(first, last - first, character);
     }
     const int length = stripsAll ? CopyOthers(first, last, character, {}) : static_cast<int>(last - first);
     if (length == text.length && kept != nullptr) {
@@ -282,7 +307,18 @@ Block AppendTexts(Block block, std::initializer_list<TextRange<UnitOf<IsWide>>> 
         block->_MarkChanged();
         return block;
     }
-    const Block fresh = Representation<IsWide>::New(QORInterUnicodeString::_NewLength(block, newLength, grow));
+    const int capacity = QORInterUnicodeString::_NewLength(block, newLength, grow);
+    const bool areOwn = std::any_of(texts.begin(), texts.end(), [=](auto& text) { return LiesIn(block, text.text); });
+    if (!areOwn && QORInterUnicodeString::_IsEnlargedInPlace(block)) {
+        const int oldLength = block->_length;
+        const Block larger = QORInterUnicodeString::_Enlarge(block, capacity);
+        if (!larger->IsTheEmptyBlock()) {
+            appendTo(Representation<IsWide>::Text(larger) + oldLength);
+            larger->SetLength(newLength);
+        }
+        return larger;
+    }
+    const Block fresh = Representation<IsWide>::New(capacity);
     if (!fresh->IsTheEmptyBlock()) {
         appendTo(Copy(Representation<IsWide>::Text(fresh), units, block->_length));
         fresh->SetLength(newLength);
@@ -295,12 +331,30 @@ Block AppendTexts(Block block, std::initializer_list<TextRange<UnitOf<IsWide>>> 
 template Block AppendTexts<false>(Block, std::initializer_list<TextRange<char>>, bool);
 template Block AppendTexts<true>(Block, std::initializer_list<TextRange<unsigned short>>, bool);
 
+namespace {
+
+/// Appends one text, which most of the time fits in.
+template <bool IsWide>
+Block AppendOne(Block block, const TextRange<UnitOf<IsWide>>& text) {
+    const std::int64_t length = std::int64_t{block->_length} + text.length;
+    if (block->_capacity <= length || !block->IsAlone() || text.length == 0) {
+        return AppendTexts<IsWide>(block, {text}, true);
+    }
+    auto* const units = Representation<IsWide>::Text(block);
+    *Copy(units + block->_length, text.text, text.length) = 0;
+    block->_length = static_cast<int>(length);
+    block->_MarkChanged();
+    return block;
+}
+
+} // namespace
+
 Block AppendText(Block block, Block text) {
     if (!block->IsWide() && !text->IsWide()) {
-        return AppendTexts<false>(block, {{text->Text(), text->_length}}, true);
+        return AppendOne<false>(block, {text->Text(), text->_length});
     }
     if (block->IsWide()) {
-        return AppendTexts<true>(block, {UTF16Of(text)}, true);
+        return AppendOne<true>(block, UTF16Of(text));
     }
     const UTF16Range own = UTF16Of(block);
     if (IsMissing(block, own)) {
@@ -407,7 +461,7 @@ Block ResizeWide(Block block, int n, unsigned int fill, bool truncate, bool grow
     int length = std::min(n, oldLength);
     const EncodedCodePoint code(fill);
     for (; n - length >= code.count; length += code.count) {
-        Copy(block->Wide() + length, code.units, code.count);
+        std::copy_n(code.units, code.count, block->Wide() + length);
     }
     block->SetLength(length);
     block->_MarkChanged();
@@ -424,7 +478,15 @@ Block StripText(Block block, int mode, unsigned int code) {
         return Strip<false>({block->Text(), block->_length}, mode, static_cast<char>(code), block);
     }
     const UTF16Range text = UTF16Of(block);
-    return Strip<true>({text.text, text.length}, mode, EncodedCodePoint(code), block->IsWide() ? block : nullptr);
+    if (code > UCS::internal::CodePointLast) {
+        // No text holds it, though its two units may stand there.
+        mode = 0;
+    }
+    const Block kept = block->IsWide() ? block : nullptr;
+    if (code < UCS::internal::HighSurrogateFirst) {
+        return Strip<true>({text.text, text.length}, mode, static_cast<unsigned short>(code), kept);
+    }
+    return Strip<true>({text.text, text.length}, mode, EncodedCodePoint(code), kept);
 }
 
 Block StripBytes(Block block, int mode, char byte) {

@@ -118,8 +118,7 @@ const char* ReadyUTF8(Block block, unsigned long& length) {
         length = static_cast<unsigned long>(block->_length);
         return block->Text();
     }
-    // Acquire: with the pointer comes the view's text.
-    if (const QORInterUnicodeString::View view = block->_secondView.load(std::memory_order_acquire)) {
+    if (const QORInterUnicodeString::View view = block->SecondView()) {
         length = static_cast<unsigned long>(view->_length);
         return view->Narrow();
     }
@@ -137,17 +136,6 @@ const unsigned short* WideText(Block block) {
     }
     const unsigned short* text = block->_GetUTF16Text();
     return text != nullptr ? text : EmptyText;
-}
-
-UTF16Range UTF16Of(Block block) {
-    // A block without text is asked for none, so that no view is built for it.
-    const UTF16Range range = block != nullptr && block->_length != 0 ? block->_GetUTF16() : UTF16Range{};
-    return range.text != nullptr ? range : UTF16Range{EmptyText, 0};
-}
-
-MBCSRange MBCSOf(Block block) {
-    const MBCSRange range = block != nullptr ? block->_GetMBCS() : MBCSRange{};
-    return range.text != nullptr ? range : MBCSRange{EmptyHandle(), 0};
 }
 
 int NarrowLength(Block block) {

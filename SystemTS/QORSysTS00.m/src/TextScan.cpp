@@ -1,5 +1,6 @@
 #include "TextScan.h"
 
+#include "TextCopy.h"
 #include "VELSysUCKernels.h"
 
 #include <algorithm>
@@ -18,8 +19,9 @@ constexpr unsigned int CaseBit = 0x20;
 /// One set of kernels. Runs have at least the length of a vector, but for those of the flips.
 struct ScanKernels {
     std::ptrdiff_t lanesOfBytes;
-    std::ptrdiff_t (*findFirstByte)(const char*, std::ptrdiff_t, const char*, std::ptrdiff_t);
-    std::ptrdiff_t (*findFirstUnit)(const unsigned short*, std::ptrdiff_t, const unsigned short*, std::ptrdiff_t);
+    void (*copyVectors)(char*, const char*, std::size_t);
+    int (*findBytes)(const Search<char>&, std::ptrdiff_t, std::ptrdiff_t*, int);
+    int (*findUnits)(const Search<unsigned short>&, std::ptrdiff_t, std::ptrdiff_t*, int);
     std::ptrdiff_t (*findLastUnit)(const unsigned short*, std::ptrdiff_t, const unsigned short*, std::ptrdiff_t);
     std::ptrdiff_t (*findDifferenceOrZero)(const unsigned short*, const unsigned short*, std::ptrdiff_t);
     std::ptrdiff_t (*findLetterByte)(const char*, std::ptrdiff_t, char);
@@ -88,6 +90,21 @@ std::ptrdiff_t FindByHash(const Unit* text, std::ptrdiff_t length, const Unit* w
         }
         hash = (hash - at(i) * factorOfFirst) * Factor + at(i + whatLength);
     }
+}
+
+/// Goes on with FindPlaces() from `start` on, with `count` places found so far.
+template <class Unit>
+int FindPlacesByHash(const Search<Unit>& search, std::ptrdiff_t start, std::ptrdiff_t* found, int count, int max) {
+    while (count < max) {
+        const std::ptrdiff_t place =
+            FindByHash<Unit, +1>(search.text, search.length, search.what, search.whatLength, start);
+        if (place == NotFound) {
+            break;
+        }
+        found[count++] = place;
+        start = place + search.whatLength;
+    }
+    return count;
 }
 
 namespace SSE2 {
@@ -198,29 +215,73 @@ std::ptrdiff_t LanesOf(const ScanKernels& kernels) {
     return kernels.lanesOfBytes / static_cast<std::ptrdiff_t>(sizeof(Unit));
 }
 
-/// The plain form of FindFirst(), for texts of a few places.
+/// The plain form of FindPlaces(), for texts of a few places.
 template <class Unit>
-std::ptrdiff_t FindFirstPlainly(const Unit* text, std::ptrdiff_t places, const Unit* what, std::ptrdiff_t whatLength) {
-    for (std::ptrdiff_t place = 0; place < places; ++place) {
-        if (text[place] == what[0] && IsEqual(text + place, what, whatLength)) {
-            return place;
+int FindPlacesPlainly(const Search<Unit>& search, std::ptrdiff_t start, std::ptrdiff_t* found, int max) {
+    int count = 0;
+    for (std::ptrdiff_t place = start; count < max && place <= search.length - search.whatLength;) {
+        if (search.text[place] == search.what[0] && IsEqual(search.text + place, search.what, search.whatLength)) {
+            found[count++] = place;
+            place += search.whatLength;
+        } else {
+            ++place;
         }
     }
-    return NotFound;
+    return count;
 }
 
 template <class Unit, class Kernel>
-std::ptrdiff_t FindFirstUnit(const Unit* text, std::ptrdiff_t length, const Unit* what, std::ptrdiff_t whatLength,
-                             Kernel ScanKernels::*kernel) {
-    if (whatLength == 0) {
+int FindPlacesOf(const Search<Unit>& search, std::ptrdiff_t start, std::ptrdiff_t* found, int max,
+                 Kernel ScanKernels::*kernel) {
+    const std::ptrdiff_t places = search.length - search.whatLength + 1 - start;
+    const ScanKernels& kernels = ActiveScanKernels();
+    return places < LanesOf<Unit>(kernels) ? FindPlacesPlainly(search, start, found, max)
+                                           : (kernels.*kernel)(search, start, found, max);
+}
+
+/// The first place, which for an empty `what` is the start.
+template <class Unit>
+std::ptrdiff_t FindFirstPlace(const Search<Unit>& search) {
+    if (search.whatLength == 0) {
         return 0;
     }
-    const std::ptrdiff_t places = length - whatLength + 1;
-    const ScanKernels& kernels = ActiveScanKernels();
-    if (places < LanesOf<Unit>(kernels)) {
-        return FindFirstPlainly(text, places, what, whatLength);
+    std::ptrdiff_t place = NotFound;
+    FindPlaces(search, 0, &place, 1);
+    return place;
+}
+
+/// The lanes of a vector that differ from a unit. The runs are short, so the kernel isn't chosen.
+template <class Unit>
+Mask OtherLanes(const Unit* text, Unit unit) {
+    return ~SSE2::MaskOf(SSE2::Equal<Unit>(SSE2::Load(text), SSE2::Splat<Unit>(unit))) & SSE2::AllLanes;
+}
+
+template <class Unit>
+std::ptrdiff_t CountLeadingUnits(const Unit* text, std::ptrdiff_t length, Unit unit) {
+    std::ptrdiff_t i = 0;
+    for (; length - i >= SSE2::Lanes<Unit>; i += SSE2::Lanes<Unit>) {
+        if (const Mask others = OtherLanes(text + i, unit)) {
+            return i + SSE2::FirstLane<Unit>(others);
+        }
     }
-    return (kernels.*kernel)(text, length, what, whatLength);
+    while (i < length && text[i] == unit) {
+        ++i;
+    }
+    return i;
+}
+
+template <class Unit>
+std::ptrdiff_t CountTrailingUnits(const Unit* text, std::ptrdiff_t length, Unit unit) {
+    std::ptrdiff_t left = length;
+    for (; left >= SSE2::Lanes<Unit>; left -= SSE2::Lanes<Unit>) {
+        if (const Mask others = OtherLanes(text + left - SSE2::Lanes<Unit>, unit)) {
+            return length - left + SSE2::Lanes<Unit> - 1 - SSE2::LastLane<Unit>(others);
+        }
+    }
+    while (left > 0 && text[left - 1] == unit) {
+        --left;
+    }
+    return length - left;
 }
 
 template <class Unit>
@@ -255,13 +316,21 @@ std::ptrdiff_t FlipASCII(Unit* text, std::ptrdiff_t length, char letter, Kernel 
 
 } // namespace
 
+int FindPlaces(const Search<char>& search, std::ptrdiff_t start, std::ptrdiff_t* found, int max) {
+    return FindPlacesOf(search, start, found, max, &ScanKernels::findBytes);
+}
+
+int FindPlaces(const Search<unsigned short>& search, std::ptrdiff_t start, std::ptrdiff_t* found, int max) {
+    return FindPlacesOf(search, start, found, max, &ScanKernels::findUnits);
+}
+
 std::ptrdiff_t FindFirst(const char* text, std::ptrdiff_t length, const char* what, std::ptrdiff_t whatLength) {
-    return FindFirstUnit(text, length, what, whatLength, &ScanKernels::findFirstByte);
+    return FindFirstPlace<char>({text, length, what, whatLength});
 }
 
 std::ptrdiff_t FindFirst(const unsigned short* text, std::ptrdiff_t length, const unsigned short* what,
                          std::ptrdiff_t whatLength) {
-    return FindFirstUnit(text, length, what, whatLength, &ScanKernels::findFirstUnit);
+    return FindFirstPlace<unsigned short>({text, length, what, whatLength});
 }
 
 std::ptrdiff_t FindLast(const unsigned short* text, std::ptrdiff_t length, const unsigned short* what,
@@ -283,15 +352,39 @@ std::ptrdiff_t FindLast(const unsigned short* text, std::ptrdiff_t length, const
 }
 
 std::ptrdiff_t FindDifferenceOrZero(const unsigned short* a, const unsigned short* b, std::ptrdiff_t length) {
-    const ScanKernels& kernels = ActiveScanKernels();
-    if (length >= LanesOf<unsigned short>(kernels)) {
-        return kernels.findDifferenceOrZero(a, b, length);
+    constexpr std::ptrdiff_t Long = 48;
+    if (length >= Long) {
+        return ActiveScanKernels().findDifferenceOrZero(a, b, length);
+    }
+    // Choosing the kernel would cost more than it gains.
+    if (length >= SSE2::Lanes<unsigned short>) {
+        return SSE2::FindDifferenceOrZeroFrom(a, b, length, 0);
     }
     std::ptrdiff_t i = 0;
     while (i < length && a[i] == b[i] && a[i] != 0) {
         ++i;
     }
     return i;
+}
+
+void CopyLong(char* to, const char* from, std::size_t bytes) {
+    ActiveScanKernels().copyVectors(to, from, bytes);
+}
+
+std::ptrdiff_t CountLeading(const char* text, std::ptrdiff_t length, char byte) {
+    return CountLeadingUnits(text, length, byte);
+}
+
+std::ptrdiff_t CountLeading(const unsigned short* text, std::ptrdiff_t length, unsigned short unit) {
+    return CountLeadingUnits(text, length, unit);
+}
+
+std::ptrdiff_t CountTrailing(const char* text, std::ptrdiff_t length, char byte) {
+    return CountTrailingUnits(text, length, byte);
+}
+
+std::ptrdiff_t CountTrailing(const unsigned short* text, std::ptrdiff_t length, unsigned short unit) {
+    return CountTrailingUnits(text, length, unit);
 }
 
 std::ptrdiff_t FindNotLowerCase(const char* text, std::ptrdiff_t length) {

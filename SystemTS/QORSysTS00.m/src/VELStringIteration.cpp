@@ -58,8 +58,18 @@ const T* ConvertInto(VEL::internal::OptimizedBuffer<T, N>& buffer, unsigned long
     return out;
 }
 
+/// As UTF16Of(), but null when the view can't be allocated.
+UTF16Range UTF16OrNull(Block block) {
+    const UTF16Range text = VEL::internal::UTF16Of(block);
+    return VEL::internal::IsMissing(block, text) ? UTF16Range{} : text;
+}
+
 template <class T, unsigned long N>
 const T* UTF16Into(const UTF16Range& text, VEL::internal::OptimizedBuffer<T, N>& buffer, unsigned long& n) {
+    if (text.text == nullptr) {
+        n = 0;
+        return nullptr;
+    }
     const auto units = static_cast<unsigned long>(text.length);
     if constexpr (sizeof(T) == sizeof(char)) {
         const auto convert = [&](char* out) {
@@ -143,6 +153,7 @@ int VEL::internal::_GetNext(char* out, const char* p) {
 }
 
 int VEL::internal::_GetNextMbcs(unsigned int& out, const char* p) {
+    out = 0;
     return TakeMbcsCharacter(p, [&](const char*& next, unsigned long& left) {
         EnvironmentConverter().GetNextMultiByteCharAsUTF32(out, next, left);
     });
@@ -168,14 +179,14 @@ void VEL::UCS::internal::_GetStringAs(const char*& out, unsigned int& n, const Q
     unsigned long length = 0;
     out = block != nullptr ? ReadyUTF8(block, length) : EmptyHandle();
     if (out == nullptr) {
-        out = UTF16Into(UTF16Of(block), buffer, length);
+        out = UTF16Into(UTF16OrNull(block), buffer, length);
     }
     n = static_cast<unsigned int>(length);
 }
 
 void VEL::UCS::internal::_GetStringAs(const unsigned short*& out, unsigned int& n, const QORUnicodeString& s,
                                       OptimizedBuffer<unsigned short, 16>&) {
-    const UTF16Range text = UTF16Of(StringAccess::BlockOf(s));
+    const UTF16Range text = UTF16OrNull(StringAccess::BlockOf(s));
     out = text.text;
     n = static_cast<unsigned int>(text.length);
 }
@@ -192,7 +203,7 @@ void VEL::UCS::internal::_GetStringAs(const unsigned int*& out, unsigned int& n,
         };
         out = ConvertInto(buffer, static_cast<unsigned long>(block->_length), convert, length);
     } else {
-        out = UTF16Into(UTF16Of(block), buffer, length);
+        out = UTF16Into(UTF16OrNull(block), buffer, length);
     }
     n = static_cast<unsigned int>(length);
 }

@@ -1,0 +1,23 @@
+/// @file
+/// The C locales that tests choose. They are compiled into the build tree, so the machine's own have no say.
+#pragma once
+
+#include <clocale>
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+namespace TestLocales {
+
+inline constexpr const char* English = "en_US.UTF-8";
+/// Its capital of "i" is U+0130, and the small letter of "I" U+0131.
+inline constexpr const char* Turkish = "tr_TR.UTF-8";
+/// One byte is one character.
+inline constexpr const char* German = "de_DE.ISO-8859-1";
+
+/// Makes a locale the process's.
+inline void UseLocale(const char* name) {
+    setenv("LOCPATH", QOR_TEST_LOCALES, 1);
+    ASSERT_NE(std::setlocale(LC_ALL, name), nullptr) << "no locale " << name << " in " << QOR_TEST_LOCALES;
+}
+
+} // namespace TestLocales
