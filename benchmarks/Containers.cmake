@@ -1,3 +1,7 @@
 find_package(Qt6 REQUIRED COMPONENTS Core)
 find_package(absl REQUIRED)
+qor_add_benchmark(ListBenchmark SOURCES ListBenchmark.cpp LINK QORSysTS)
+qor_add_benchmark(QuickSortBenchmark SOURCES QuickSortBenchmark.cpp LINK QORSysTS)
 qor_add_benchmark(VectorBenchmark SOURCES VectorBenchmark.cpp LINK QORSysTS Qt6::Core absl::inlined_vector)
+qor_add_benchmark(MapBenchmark SOURCES MapBenchmark.cpp LINK QORSysTS absl::flat_hash_map)
+qor_add_benchmark(HashTableBenchmark SOURCES HashTableBenchmark.cpp LINK QORSysTS absl::flat_hash_set)

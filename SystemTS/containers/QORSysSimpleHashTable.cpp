@@ -15,14 +15,28 @@ constexpr int SmallestHalvedSize = 42;
 constexpr int SmallestShrinkingCount = 12;
 constexpr int WordsPerBucket = 3;
 
+unsigned int HashOfAddress(const void* p) {
+    return static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(p) >> 3);
+}
+
 } // namespace
 
 unsigned int QORSimpleHashIt(void* p) {
-    return static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(p) >> 3);
+    return HashOfAddress(p);
 }
 
 int QORSimpleHashCompare(void* a, void* b) {
     return a == b ? 1 : 0;
+}
+
+// Tables of raw pointers are common enough to spare them the two calls.
+
+unsigned int QORSysSimpleHashTable::_HashOf(void* element) const {
+    return _hash == QORSimpleHashIt ? HashOfAddress(element) : _hash(element);
+}
+
+bool QORSysSimpleHashTable::_AreEqual(void* stored, void* other) const {
+    return _compare == QORSimpleHashCompare ? stored == other : _compare(stored, other) != 0;
 }
 
 int QORSysSimpleHashTable::UpToNiceModulo(int n) {
@@ -77,7 +91,7 @@ bool QORSysSimpleHashTable::_Allocate() {
 }
 
 QORSysSimpleHashTable::Node** QORSysSimpleHashTable::_Chain(void* element) const {
-    return &_Heads()[_hash(element) % static_cast<unsigned int>(_bucketCount)];
+    return &_Heads()[_HashOf(element) % static_cast<unsigned int>(_bucketCount)];
 }
 
 void QORSysSimpleHashTable::_Append(Node** link, void* element) {
@@ -104,7 +118,7 @@ void* QORSysSimpleHashTable::InsertAndReturn(void* element) {
         if (_bucketCount > 0) {
             Node** link = _Chain(element);
             for (; *link != nullptr; link = &(*link)->next) {
-                if (_compare((*link)->element, element) != 0) {
+                if (_AreEqual((*link)->element, element)) {
                     return (*link)->element;
                 }
             }
@@ -120,20 +134,24 @@ void* QORSysSimpleHashTable::InsertAndReturn(void* element) {
 }
 
 void* QORSysSimpleHashTable::Locate(void* key) const {
-    const Node* node = LocateBucket(key);
+    const Node* const node = _Find(key);
     return node != nullptr ? node->element : nullptr;
 }
 
 QORSysSimpleHashTable::Node* QORSysSimpleHashTable::LocateBucket(void* key) const {
+    return _Find(key);
+}
+
+/// The node of the element equal to `key`, or null.
+inline QORSysSimpleHashTable::Node* QORSysSimpleHashTable::_Find(void* key) const {
     if (_count == 0) {
         return nullptr;
     }
-    for (Node* node = *_Chain(key); node != nullptr; node = node->next) {
-        if (_compare(node->element, key) != 0) {
-            return node;
-        }
+    Node* node = *_Chain(key);
+    while (node != nullptr && !_AreEqual(node->element, key)) {
+        node = node->next;
     }
-    return nullptr;
+    return node;
 }
 
 void* QORSysSimpleHashTable::KeyLocate(unsigned int hash) const {
@@ -142,7 +160,7 @@ void* QORSysSimpleHashTable::KeyLocate(unsigned int hash) const {
     }
     for (const Node* node = _Heads()[hash % static_cast<unsigned int>(_bucketCount)]; node != nullptr;
          node = node->next) {
-        if (_hash(node->element) == hash) {
+        if (_HashOf(node->element) == hash) {
             return node->element;
         }
     }
@@ -153,7 +171,7 @@ void* QORSysSimpleHashTable::Next(void* element) const {
     if (element == nullptr) {
         return Get(0);
     }
-    const Node* node = LocateBucket(element);
+    const Node* node = _Find(element);
     return node != nullptr ? Get(static_cast<int>(node - _Nodes()) + 1) : nullptr;
 }
 
@@ -161,13 +179,13 @@ void* QORSysSimpleHashTable::NextWithKey(void* element) const {
     if (element == nullptr) {
         return nullptr;
     }
-    const Node* node = LocateBucket(element);
+    const Node* node = _Find(element);
     if (node == nullptr) {
         return nullptr;
     }
-    const unsigned int hash = _hash(element);
+    const unsigned int hash = _HashOf(element);
     for (node = node->next; node != nullptr; node = node->next) {
-        if (_hash(node->element) == hash) {
+        if (_HashOf(node->element) == hash) {
             return node->element;
         }
     }
@@ -186,16 +204,24 @@ void* QORSysSimpleHashTable::Remove(void* element) {
         return nullptr;
     }
     Node** link = _Chain(element);
-    while (*link != nullptr && _compare((*link)->element, element) == 0) {
+    while (*link != nullptr && !_AreEqual((*link)->element, element)) {
         link = &(*link)->next;
     }
-    Node* removed = *link;
+    Node* const removed = *link;
     if (removed == nullptr) {
         return nullptr;
     }
     void* const result = removed->element;
-    *link = removed->next;
-    _MoveLastNodeTo(removed);
+    Node* const last = &_Nodes()[_count - 1];
+    if (removed == last) {
+        *link = removed->next;
+    } else {
+        Node** const linkToLast = _LinkTo(last);
+        *link = removed->next;
+        // The last node's content moves into the freed one, which keeps the node area dense.
+        *removed = *last;
+        *(linkToLast != &removed->next ? linkToLast : link) = removed;
+    }
     --_count;
     if (_count >= SmallestShrinkingCount && 3L * _count < _bucketCount) {
         ReAllocate(static_cast<int>(_count * 1.1));
@@ -203,18 +229,22 @@ void* QORSysSimpleHashTable::Remove(void* element) {
     return result;
 }
 
-/// Keeps the node area dense: the last node's content moves into `hole`, and its chain is linked to the new place.
-void QORSysSimpleHashTable::_MoveLastNodeTo(Node* hole) {
-    Node* last = &_Nodes()[_count - 1];
-    if (hole == last) {
-        return;
+/// What leads to `node`. It is looked for by its address: an equal element may stand in front of it in its chain, when
+/// the comparison is not consistent.
+QORSysSimpleHashTable::Node** QORSysSimpleHashTable::_LinkTo(const Node* node) const {
+    for (Node** link = _Chain(node->element); *link != nullptr; link = &(*link)->next) {
+        if (*link == node) {
+            return link;
+        }
     }
-    Node** link = _Chain(last->element);
-    while (*link != last) {
-        link = &(*link)->next;
+    // The element's hash has changed since it was inserted, so it is in another chain.
+    for (Node** head = _Heads();; ++head) {
+        for (Node** link = head; *link != nullptr; link = &(*link)->next) {
+            if (*link == node) {
+                return link;
+            }
+        }
     }
-    *hole = *last;
-    *link = hole;
 }
 
 void QORSysSimpleHashTable::RemoveAll() {
@@ -241,15 +271,25 @@ int QORSysSimpleHashTable::ReAllocate(int size) {
         return -1;
     }
     _count = 0;
-    for (int i = 0; i < oldCount; ++i) {
-        // Fewer buckets than elements were asked for, the table grew again on the way, and there is no memory for it.
-        if (InsertAndReturn(oldNodes[i].element) == nullptr && oldNodes[i].element != nullptr) {
-            std::free(_table);
-            _table = oldTable;
-            _bucketCount = oldBucketCount;
-            _count = oldCount;
-            return -1;
+    const auto restore = [&] {
+        std::free(_table);
+        _table = oldTable;
+        _bucketCount = oldBucketCount;
+        _count = oldCount;
+    };
+    try {
+        for (int i = 0; i < oldCount; ++i) {
+            // Fewer buckets than elements were asked for, the table grew again on the way, and there is no memory for
+            // it.
+            if (InsertAndReturn(oldNodes[i].element) == nullptr && oldNodes[i].element != nullptr) {
+                restore();
+                return -1;
+            }
         }
+    } catch (...) {
+        // From the caller's hash or comparison.
+        restore();
+        throw;
     }
     std::free(oldTable);
     return 0;

@@ -1,6 +1,7 @@
 #define QORSYSTS_EMIT_CONTAINER_MEMBERS
 #include "QORSysTSArrayListAbstractCtnr.h"
 
+#include "MutexHolder.h"
 #include "QORSysTSArrayListAbstractCtnrFC.h"
 #include "QORSysTSArrayListAbstractCtnrFTS.h"
 
@@ -144,18 +145,6 @@ void OpenGap(ArrayStorage& storage, int pos, int count, int oldSize) {
         MoveSlots(storage, pos + count, pos, oldSize - pos);
     }
 }
-
-/// Holds a mutex through the pointers that its library offers for it.
-class Holder {
-public:
-    explicit Holder(QORMutex& mutex, int (QORMutex::*lock)() = QORMutex::LockF) : _mutex(mutex) { (_mutex.*lock)(); }
-    Holder(const Holder&) = delete;
-    Holder& operator=(const Holder&) = delete;
-    ~Holder() { (_mutex.*QORMutex::UnlockF)(); }
-
-private:
-    QORMutex& _mutex;
-};
 
 } // namespace
 
@@ -303,14 +292,14 @@ void QORSysTSArrayListAbstractCtnrFC::SetCapacity(int n) {
 // With a mutex. Operations that are made of others take it again for each of them.
 
 QORSysTSArrayListAbstractCtnrFTS::QORSysTSArrayListAbstractCtnrFTS(int elementSize) : _mutex(0, 1, 0) {
-    const Holder own(_mutex);
+    const MutexHolder own(_mutex);
     _storage = {nullptr, 0, 0, elementSize, 0};
 }
 
 QORSysTSArrayListAbstractCtnrFTS::QORSysTSArrayListAbstractCtnrFTS(const QORSysTSArrayListAbstractCtnrFTS& other)
     : _mutex(0, 1, 0) {
-    const Holder source(other._mutex, &QORMutex::Lock);
-    const Holder own(_mutex);
+    const MutexHolder source(other._mutex, &QORMutex::Lock);
+    const MutexHolder own(_mutex);
     CopyShape(_storage, other._storage);
 }
 
@@ -331,7 +320,7 @@ void QORSysTSArrayListAbstractCtnrFTS::Move(int dst, int src, int count) {
 }
 
 void QORSysTSArrayListAbstractCtnrFTS::ReAllocate() {
-    const Holder own(_mutex);
+    const MutexHolder own(_mutex);
     if (_storage.capacity != 0) {
         Relocate(_storage);
     }
@@ -341,7 +330,7 @@ void QORSysTSArrayListAbstractCtnrFTS::IncreaseLength(int n) {
     if (n < 1) {
         return;
     }
-    const Holder own(_mutex);
+    const MutexHolder own(_mutex);
     if (!CanMakeRoom(_storage, 0, n)) {
         return;
     }
@@ -352,17 +341,17 @@ void QORSysTSArrayListAbstractCtnrFTS::IncreaseLength(int n) {
 }
 
 int QORSysTSArrayListAbstractCtnrFTS::CheckIndex(int i) const {
-    const Holder own(_mutex);
+    const MutexHolder own(_mutex);
     return IsIndex(_storage, i) ? StatusOk : StatusFailure;
 }
 
 int QORSysTSArrayListAbstractCtnrFTS::CheckRange(int first, int end) const {
-    const Holder own(_mutex);
+    const MutexHolder own(_mutex);
     return IsRange(_storage, first, end) ? StatusOk : StatusFailure;
 }
 
 int QORSysTSArrayListAbstractCtnrFTS::MakeRoom(int pos, int count) {
-    const Holder own(_mutex);
+    const MutexHolder own(_mutex);
     if (!CanMakeRoom(_storage, pos, count)) {
         return StatusFailure;
     }
@@ -374,7 +363,7 @@ int QORSysTSArrayListAbstractCtnrFTS::MakeRoom(int pos, int count) {
 
 void QORSysTSArrayListAbstractCtnrFTS::SetCapacity(int n) {
     {
-        const Holder own(_mutex);
+        const MutexHolder own(_mutex);
         if (!ChangeCapacity(_storage, n)) {
             return;
         }

@@ -71,10 +71,13 @@ public:
 private:
     Node** _Heads() const { return reinterpret_cast<Node**>(_table); }
     Node* _Nodes() const { return reinterpret_cast<Node*>(_table + _bucketCount); }
+    QORSYSTS_PRIVATE unsigned int _HashOf(void* element) const;
+    QORSYSTS_PRIVATE bool _AreEqual(void* stored, void* other) const;
+    QORSYSTS_PRIVATE Node* _Find(void* key) const;
     QORSYSTS_PRIVATE Node** _Chain(void* element) const;
     QORSYSTS_PRIVATE bool _Allocate();
     QORSYSTS_PRIVATE void _Append(Node** link, void* element);
-    QORSYSTS_PRIVATE void _MoveLastNodeTo(Node* hole);
+    QORSYSTS_PRIVATE Node** _LinkTo(const Node* node) const;
 
     Compare _compare;
     Hash _hash;

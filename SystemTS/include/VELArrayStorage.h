@@ -19,7 +19,8 @@ static_assert(sizeof(ArrayStorage) == 24);
 
 /// True when an element stands at `i`.
 inline bool IsIndex(const ArrayStorage& storage, int i) noexcept {
-    return i >= 0 && i < storage.size;
+    // An index below 0 is one above all sizes.
+    return static_cast<unsigned int>(i) < static_cast<unsigned int>(storage.size);
 }
 
 /// True when elements stand from `first` up to but not including `end`. An empty range is none.

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
+#include <stdexcept>
 #include <vector>
 
 namespace {
@@ -391,6 +392,81 @@ TEST(QORSysSimpleHashTable, WorksWithoutATable) {
     s_allocationsLeft = -1;
     EXPECT_EQ(table.Insert(&element), 1);
     EXPECT_EQ(table.Locate(&element), &element);
+}
+
+TEST(QORSysSimpleHashTable, StaysWholeWhenTheHashOfAnElementChanges) {
+    QORSysSimpleHashTable table(0, HashOf, AreEqual);
+    Elements elements(5);
+    Fill(table, elements, 5);
+    // The last element moves, and the chain of its present hash does not hold it.
+    elements.all[4].hash = 7;
+    EXPECT_EQ(table.Remove(elements[1]), elements[1]);
+    EXPECT_THAT(KeysInOrder(table), ElementsAre(0, 4, 2, 3));
+    EXPECT_EQ(table.Locate(elements[4]), nullptr);
+    elements.all[4].hash = 4;
+    EXPECT_EQ(table.Locate(elements[4]), elements[4]);
+}
+
+TEST(QORSysSimpleHashTable, FindsTheLastNodeBehindAnElementThatComparesAsEqual) {
+    static bool s_isEqual = false;
+    QORSysSimpleHashTable table(0, HashOf, [](void* a, void* b) { return s_isEqual ? 1 : AreEqual(a, b); });
+    Element first{3, 1};
+    Element second{3, 2};
+    Element third{3, 3};
+    for (Element* element : {&first, &second, &third}) {
+        table.Insert(element);
+    }
+    s_isEqual = true;
+    EXPECT_EQ(table.Remove(&second), &first) << "the first of the chain";
+    s_isEqual = false;
+    EXPECT_THAT(KeysInOrder(table), ElementsAre(3, 2));
+    EXPECT_EQ(table.Locate(&second), &second);
+    EXPECT_EQ(table.Locate(&third), &third);
+    EXPECT_EQ(table.Remove(&second), &second);
+    EXPECT_EQ(table.Remove(&third), &third);
+    EXPECT_EQ(table.Size(), 0);
+}
+
+TEST(QORSysSimpleHashTable, MovesTheLastNodeWithinOneChainInAnyOrder) {
+    // Removal of each of three in one chain, from each place that the last node may have in it.
+    for (int removed = 0; removed < 3; ++removed) {
+        for (int removedNext = 0; removedNext < 3; ++removedNext) {
+            QORSysSimpleHashTable table(0, HashOf, AreEqual);
+            Element elements[] = {{3, 0}, {3, 1}, {3, 2}, {3, 3}};
+            for (Element& element : elements) {
+                table.Insert(&element);
+            }
+            table.Remove(&elements[removed]);
+            table.Remove(&elements[removedNext]);
+            for (int i = 0; i < 4; ++i) {
+                const bool isThere = i != removed && i != removedNext;
+                EXPECT_EQ(table.Locate(&elements[i]), isThere ? &elements[i] : nullptr);
+            }
+        }
+    }
+}
+
+TEST(QORSysSimpleHashTable, StaysAsItWasWhenTheHashThrowsInAReallocation) {
+    static int s_hashesLeft = -1;
+    QORSysSimpleHashTable table(
+        0,
+        [](void* element) {
+            if (s_hashesLeft == 0) {
+                throw std::runtime_error("no hash");
+            }
+            --s_hashesLeft;
+            return HashOf(element);
+        },
+        AreEqual);
+    Elements elements(11);
+    Fill(table, elements, 11);
+    s_hashesLeft = 5;
+    EXPECT_THROW(table.ReAllocate(100), std::runtime_error);
+    s_hashesLeft = -1;
+    EXPECT_EQ(table.Size(), 11);
+    for (int i = 0; i < 11; ++i) {
+        EXPECT_EQ(table.Locate(elements[i]), elements[i]);
+    }
 }
 
 TEST(QORSysSimpleHashTable, AgreesWithAMapOverARandomSequence) {

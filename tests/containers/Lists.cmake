@@ -1,0 +1,28 @@
+qor_add_test(QORSysTSLinkedAbstractCtnrTest
+  SOURCES QORSysTSLinkedAbstractCtnrFTSTest.cpp QORSysTSLinkedAbstractCtnrTest.cpp
+  LINK QORSysTS_static)
+qor_wrap(QORSysTSLinkedAbstractCtnrTest pthread_mutex_lock pthread_mutex_unlock)
+
+# Strings as elements: the tests choose the environment's code page themselves.
+qor_add_test(ListFamilyTest
+  SOURCES
+    ArrayAllocations.cpp
+    ListElementsTest.cpp
+    ListFamilyTest.cpp
+    ListIteratorTest.cpp
+    ListModelTest.cpp
+    NodeAllocations.cpp
+    ../QORSysTS00.m/StringEnvironment.cpp
+  LINK QORSysTS_static
+  PRIVATE_INCLUDE ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m)
+qor_wrap(ListFamilyTest
+  _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev)
+
+qor_add_test(SetFamilyTest
+  SOURCES ArrayAllocations.cpp NodeAllocations.cpp SetFamilyTest.cpp
+  LINK QORSysTS_static)
+
+# Each test exists once per container or engine: without optimisation they compile in a fifth of the time.
+target_compile_options(QORSysTSLinkedAbstractCtnrTest PRIVATE -O0)
+target_compile_options(ListFamilyTest PRIVATE -O0)
+target_compile_options(SetFamilyTest PRIVATE -O0)

@@ -1,0 +1,16 @@
+# Strings as keys and values: the tests choose the environment's code page themselves.
+qor_add_test(MapFamilyTest
+  SOURCES
+    ArrayAllocations.cpp
+    MapFamilyTest.cpp
+    MapHashTest.cpp
+    MapMemoryTest.cpp
+    MapModelTest.cpp
+    NodeAllocations.cpp
+    ../QORSysTS00.m/StringEnvironment.cpp
+  LINK QORSysTS_static
+  PRIVATE_INCLUDE ${PROJECT_SOURCE_DIR}/SystemTS/containers ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m)
+qor_wrap(MapFamilyTest
+  _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev)
+# Each test exists once per map: without optimisation they compile in a fifth of the time.
+target_compile_options(MapFamilyTest PRIVATE -O0)

@@ -1,0 +1,2 @@
+qor_add_test(VELSysQuickSortTest SOURCES VELSysQuickSortTest.cpp LINK QORSysTS_static)
+qor_wrap(VELSysQuickSortTest malloc free)
