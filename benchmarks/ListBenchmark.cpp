@@ -2,12 +2,12 @@
 //
 // A size counts elements. `RemoveWhileWalking` removes every other one.
 
+#include "ContainerElements.h"
 #include "QORSysTSListOfInt.h"
 #include "QORSysTSListOfUnicodeString.h"
 
 #include <benchmark/benchmark.h>
 #include <chrono>
-#include <cstring>
 #include <list>
 #include <string>
 #include <vector>
@@ -16,24 +16,8 @@ namespace {
 
 constexpr int Million = 1'000'000;
 
-template <class Element>
-Element Make(int number) {
-    return Element(("element number " + std::to_string(number)).c_str());
-}
-template <>
-int Make<int>(int number) {
-    return number;
-}
-
-int Weight(int number) {
-    return number;
-}
-/// What a string's object begins with.
-long Weight(const QORSysTSUnicodeString& text) {
-    long word;
-    std::memcpy(&word, static_cast<const void*>(&text), sizeof word);
-    return word;
-}
+using ContainerElements::Choice;
+using ContainerElements::Weight;
 
 /// One set of operations over our lists and the C++ library's.
 template <class List>
@@ -99,19 +83,6 @@ struct Operations<QORSysTSListOfUnicodeString> : OurOperations<QORSysTSListOfUni
 
 template <class List>
 using ElementOf = typename Operations<List>::Element;
-
-/// Elements to choose from: few, so that they stay in the cache, where only the list's own work counts.
-template <class Element>
-const std::vector<Element>& Choice() {
-    static const std::vector<Element> choice = [] {
-        std::vector<Element> all;
-        for (int i = 0; i < 64; ++i) {
-            all.push_back(Make<Element>(i));
-        }
-        return all;
-    }();
-    return choice;
-}
 
 template <class List>
 void Fill(List& list, int size) {

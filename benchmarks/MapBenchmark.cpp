@@ -4,6 +4,7 @@
 //
 // `Put` and `Remove` time nothing but the calls; what is put is all new, and all of it is removed.
 
+#include "ContainerElements.h"
 #include "QORSysTSHashMapOfIntToInt.h"
 #include "QORSysTSMapOfUnicodeStringUnicodeString.h"
 
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <chrono>
-#include <cstring>
 #include <random>
 #include <string>
 #include <unordered_map>
@@ -19,27 +19,8 @@
 
 namespace {
 
-// The key or value of a number, in each of the types.
-
-template <class Text>
-Text Make(int number) {
-    return Text(("element number " + std::to_string(number)).c_str());
-}
-template <>
-int Make<int>(int number) {
-    return number;
-}
-
-int Weight(int number) {
-    return number;
-}
-/// What a string's object begins with.
-template <class Text>
-long Weight(const Text& text) {
-    long word;
-    std::memcpy(&word, static_cast<const void*>(&text), sizeof word);
-    return word;
-}
+using ContainerElements::Make;
+using ContainerElements::Weight;
 
 /// One set of operations over our maps and those of the C++ library's kind.
 template <class Map>

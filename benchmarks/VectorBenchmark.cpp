@@ -3,13 +3,13 @@
 //
 // A size counts elements; `InsertInTheMiddle` and `RemoveFromTheMiddle` insert or remove a tenth of them.
 
+#include "ContainerElements.h"
 #include "QORSysTSVectorOfInt.h"
 #include "VELVectorOfUnicodeString.h"
 
 #include <absl/container/inlined_vector.h>
 #include <benchmark/benchmark.h>
 #include <chrono>
-#include <cstring>
 #include <QList>
 #include <QString>
 #include <string>
@@ -20,34 +20,8 @@ namespace {
 constexpr int Million = 1'000'000;
 constexpr int TenThousand = 10'000;
 
-// The element of a number, in each of the types.
-
-template <class Element>
-Element Make(int number);
-
-template <>
-int Make<int>(int number) {
-    return number;
-}
-template <>
-QORUnicodeString Make<QORUnicodeString>(int number) {
-    return QORUnicodeString(("element number " + std::to_string(number)).c_str());
-}
-template <>
-QString Make<QString>(int number) {
-    return QString::fromStdString("element number " + std::to_string(number));
-}
-
-int Weight(int number) {
-    return number;
-}
-/// What a string's object begins with.
-template <class Text>
-long Weight(const Text& text) {
-    long word;
-    std::memcpy(&word, &text, sizeof word);
-    return word;
-}
+using ContainerElements::Choice;
+using ContainerElements::Weight;
 
 /// One set of operations over our containers and those of the C++ library's kind.
 template <class Container>
@@ -91,19 +65,6 @@ struct Operations<VELVectorOfUnicodeString> : OurOperations<VELVectorOfUnicodeSt
 
 template <class Container>
 using ElementOf = typename Operations<Container>::Element;
-
-/// Elements to choose from: few, so that they stay in the cache, where only the container's own work counts.
-template <class Element>
-const std::vector<Element>& Choice() {
-    static const std::vector<Element> choice = [] {
-        std::vector<Element> all;
-        for (int i = 0; i < 64; ++i) {
-            all.push_back(Make<Element>(i));
-        }
-        return all;
-    }();
-    return choice;
-}
 
 template <class Container>
 void Fill(Container& container, int size) {

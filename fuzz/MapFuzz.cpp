@@ -1,5 +1,6 @@
 // Random sequences of operations on a map of integers and one of strings, beside std::map.
 
+#include "ContainerFuzz.h"
 #include "QORSysTSHashMapOfIntToInt.h"
 #include "QORSysTSMapOfUnicodeStringUnicodeString.h"
 
@@ -11,37 +12,16 @@
 
 namespace {
 
+using ContainerFuzz::Input;
+using ContainerFuzz::Require;
+
 constexpr int Ok = 0;
 
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
+/// Among others, some that are no load factors.
+float LoadFactor(Input& input) {
+    constexpr float Factors[] = {0.75F, 0.1F, 0.0F, -1.0F, 1.0F, 100.0F, 101.0F, 5.0F};
+    return Factors[input.Byte() % 8];
 }
-
-/// The operations, a byte at a time; zeros behind the last.
-class Input {
-public:
-    Input(const std::uint8_t* data, std::size_t size) : _data(data), _size(size) {}
-
-    bool IsEmpty() const { return _size == 0; }
-    int Byte() {
-        if (_size == 0) {
-            return 0;
-        }
-        --_size;
-        return *_data++;
-    }
-    /// Among others, some that are no load factors.
-    float LoadFactor() {
-        constexpr float Factors[] = {0.75F, 0.1F, 0.0F, -1.0F, 1.0F, 100.0F, 101.0F, 5.0F};
-        return Factors[Byte() % 8];
-    }
-
-private:
-    const std::uint8_t* _data;
-    std::size_t _size;
-};
 
 template <class Element>
 Element Make(int number) {
@@ -81,22 +61,22 @@ private:
             std::erase_if(_model, [=](const auto& entry) { return entry.second == value; });
             break;
         case 2:
-            _map.ReHash(key - 3, input.LoadFactor());
+            _map.ReHash(key - 3, LoadFactor(input));
             break;
         case 3:
             if (key < 20) {
-                _map.Clear(key - 3, input.LoadFactor());
+                _map.Clear(key - 3, LoadFactor(input));
                 _model.clear();
             }
             break;
         case 4:
-            _map = Map(_map, key - 3, input.LoadFactor());
+            _map = Map(_map, key - 3, LoadFactor(input));
             break;
         case 5:
             _map.Put(_map);
             break;
         case 6: {
-            Map other(key - 3, input.LoadFactor());
+            Map other(key - 3, LoadFactor(input));
             other.Put(Make<Key>(value), Make<Value>(value));
             other.Put(Make<Key>(key), Make<Value>(value));
             _map.Put(other);

@@ -1,6 +1,7 @@
 // Random sequences of operations on a simple hash table, beside a plain list in node order; and on one whose elements'
 // hashes change under it, which must merely stay safe.
 
+#include "ContainerFuzz.h"
 #include "QORSysSimpleHashTable.h"
 
 #include <algorithm>
@@ -10,11 +11,7 @@
 
 namespace {
 
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
+using ContainerFuzz::Require;
 
 struct Element {
     unsigned int hash;

@@ -1,5 +1,6 @@
 // Random sequences of operations on a vector of integers and one of strings, beside std::vector.
 
+#include "ContainerFuzz.h"
 #include "QORSysTSVectorOfInt.h"
 #include "VELVectorOfUnicodeString.h"
 
@@ -11,42 +12,11 @@
 
 namespace {
 
+using ContainerFuzz::Input;
+using ContainerFuzz::Require;
+
 constexpr int Ok = 0;
 constexpr int MostElements = 500;
-
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
-
-/// The operations, a byte at a time; zeros behind the last.
-class Input {
-public:
-    Input(const std::uint8_t* data, std::size_t size) : _data(data), _size(size) {}
-
-    bool IsEmpty() const { return _size == 0; }
-    int Byte() {
-        if (_size == 0) {
-            return 0;
-        }
-        --_size;
-        return *_data++;
-    }
-    /// From two below 0 to two above `size`, and now and then far out.
-    int Place(int size) {
-        const int byte = Byte();
-        if (byte >= 250) {
-            constexpr int FarOut[] = {INT32_MAX, INT32_MIN, INT32_MAX - 1, INT32_MIN + 1, 1 << 30, -(1 << 30)};
-            return FarOut[byte - 250];
-        }
-        return byte % (size + 5) - 2;
-    }
-
-private:
-    const std::uint8_t* _data;
-    std::size_t _size;
-};
 
 template <class Element>
 Element Make(int number) {

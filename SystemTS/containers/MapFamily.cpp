@@ -8,6 +8,8 @@
 #include "QORSysTSLinkedMapOfIntToInt.h"
 #include "QORSysTSMapOfUnicodeStringInt.h"
 #include "QORSysTSMapOfUnicodeStringUnicodeString.h"
+#include "StringAccess.h"
+#include "StringText.h"
 #include "UnitHash.h"
 
 #include <algorithm>
@@ -32,9 +34,9 @@ float ReciprocalOf(float loadFactor) {
 
 /// The hash of a string's UTF-16 text.
 unsigned int HashOfDump(const QORSysTSUnicodeString& key) {
-    unsigned int byteCount = 0;
-    const unsigned short* const units = key.GetBinDump(byteCount);
-    return units != nullptr ? VEL::internal::HashOfUnits(units, byteCount / sizeof *units) : 0;
+    // A null handle has no text, and so has one whose view can't be allocated.
+    const VEL::internal::UTF16Range text = VEL::internal::UTF16Of(VEL::internal::StringAccess::BlockOf(key));
+    return VEL::internal::HashOfUnits(text.text, static_cast<std::size_t>(text.length));
 }
 
 /// The hash that strings have themselves.

@@ -35,13 +35,11 @@ char* SlotAt(const ArrayStorage& storage, int i) {
     return storage.buffer + BytesOf(storage, i);
 }
 
-/// The capacity that growth to `size` elements gives.
+/// The capacity that growth to `size` elements gives. A capacity that there was no memory for isn't asked for again.
 int GrownCapacity(const ArrayStorage& storage, int size) {
-    if (storage.capacity >= size) {
-        return storage.capacity;
-    }
-    const int doubled = storage.capacity > INT_MAX / 2 ? INT_MAX : 2 * storage.capacity;
-    return std::max(storage.capacity == 0 ? FirstCapacity : doubled, size);
+    const int slots = std::min(storage.capacity, storage.slots);
+    const int doubled = slots > INT_MAX / 2 ? INT_MAX : 2 * slots;
+    return std::max(slots == 0 ? FirstCapacity : doubled, size);
 }
 
 bool HasRoomFor(const ArrayStorage& storage, int size) {
@@ -180,7 +178,7 @@ int QORSysTSArrayListAbstractCtnr::SetCapacity(int n) {
 
 int QORSysTSArrayListAbstractCtnr::ReInit(int n) {
     _storage.size = 0;
-    return _storage.capacity < n ? SetCapacity(n) : static_cast<int>(StatusOk);
+    return HasRoomFor(_storage, n) ? static_cast<int>(StatusOk) : SetCapacity(n);
 }
 
 int QORSysTSArrayListAbstractCtnr::_Reserve(int size) {

@@ -263,8 +263,8 @@ TYPED_TEST(AllVariants, StayWholeWhenMemoryRunsOut) {
         EXPECT_EQ(engine->MakeRoom(4, 1), Ok);
         engine.Elements()[4] = 4;
         EXPECT_THAT(engine.Content(), ElementsAre(0, 1, 2, 3, 4));
-        EXPECT_EQ(engine.Fields().capacity, 100);
-        EXPECT_EQ(ArrayAllocations::LastSize(), 100 * sizeof(int));
+        EXPECT_EQ(engine.Fields().capacity, 8) << "what there was no memory for isn't asked for again";
+        EXPECT_EQ(ArrayAllocations::LastSize(), 8 * sizeof(int));
         {
             const ArrayAllocations::Shortage shortage;
             EXPECT_THROW(engine->SetCapacity(5), std::bad_alloc);
@@ -457,6 +457,19 @@ TYPED_TEST(Guarded, AddRawSlots) {
     EXPECT_EQ(engine.Fields().capacity, 8);
     engine->IncreaseLength(20);
     EXPECT_EQ(engine.Fields().capacity, 25);
+}
+
+TYPED_TEST(Guarded, RefuseABadPlaceWhateverTheCount) {
+    Ready<TypeParam> engine;
+    engine.Fill(4);
+    for (const int pos : {-1, 5, INT_MIN, INT_MAX}) {
+        for (const int count : {0, -1, -3, INT_MIN}) {
+            EXPECT_EQ(engine->MakeRoom(pos, count), Failure) << pos << " " << count;
+        }
+    }
+    EXPECT_THAT(engine.Content(), ElementsAre(0, 1, 2, 3));
+    EXPECT_EQ(engine->MakeRoom(4, -1), Ok);
+    EXPECT_EQ(engine->MakeRoom(4, 0), Ok);
 }
 
 TYPED_TEST(Guarded, MoveElementsForANegativeGapWithinTheBufferOnly) {
