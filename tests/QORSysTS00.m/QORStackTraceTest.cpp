@@ -349,15 +349,23 @@ TEST(RunningStack, IsPrintedForTheWarnings) {
     EXPECT_THAT(text, EndsWith(" in main\n"));
 }
 
+namespace {
+
+void* s_caller;
+
+/// No lambda, which may be called by way of another function.
+__attribute__((noinline)) void NotesItsCaller() {
+    s_caller = __builtin_return_address(0);
+    TracesItself();
+    asm volatile("");
+}
+
+} // namespace
+
 TEST(RunningStack, GoesOnBehindAFunctionThatIsUnknown) {
     static const MadeFunction s_made;
-    static void* s_caller;
     StandsInside([] {
-        s_made.Call([] {
-            s_caller = __builtin_return_address(0);
-            TracesItself();
-            asm volatile("");
-        });
+        s_made.Call(NotesItsCaller);
         asm volatile("");
     });
     ASSERT_TRUE(s_made.Holds(s_caller));
