@@ -57,11 +57,11 @@ void QORSysTSThreadLocalStorage::_ThreadCleanup(void* map) {
 }
 
 void QORSysTSThreadLocalStorage::_Cleanup() {
-    const pthread_key_t key = std::atomic_ref(S_tlsKey).exchange(NoKey, std::memory_order_relaxed);
-    if (key != NoKey) {
-        pthread_key_delete(key);
-    }
     _ThreadCleanup(t_map);
+    if (Key() != NoKey) {
+        pthread_key_delete(Key());
+    }
+    std::atomic_ref(S_tlsKey).store(NoKey, std::memory_order_relaxed);
 }
 
 void QORSysTSThreadLocalStorage::_CreateThreadKey() {

@@ -14,7 +14,8 @@ qor_add_test(CharactersAndTokensTest
     StringEnvironment.cpp
     VELSysStrTest.cpp
     VLStringTest.cpp
-  LINK QORSysTS_static)
+  LINK QORSysTS_static
+  ONE_THREAD)
 target_compile_definitions(CharactersAndTokensTest PRIVATE QOR_TEST_LOCALES="${QOR_TEST_LOCALES}")
 add_dependencies(CharactersAndTokensTest qor_test_locales)
 qor_wrap(CharactersAndTokensTest
@@ -23,4 +24,4 @@ qor_wrap(CharactersAndTokensTest
   _Z13VELDebugBreaki
   _ZNK14VELSysCodePage18ConvertUTF16ToMBCSEPKtiPcPi _ZNK14VELSysCodePage27GetNextMultiByteCharAsUTF32ERjRPKcRm)
 
-qor_add_test(VELSysCodePageCharactersTest SOURCES VELSysCodePageCharactersTest.cpp LINK QORSysTS_static)
+qor_add_test(VELSysCodePageCharactersTest SOURCES VELSysCodePageCharactersTest.cpp LINK QORSysTS_static ONE_THREAD)

@@ -13,7 +13,8 @@ qor_add_test(OtherStringOperationsTest
     StringEnvironment.cpp
     ThreadSafeStringOperationsTest.cpp
     ThreadSafeStringSearchTest.cpp
-  LINK QORSysTS_static)
+  LINK QORSysTS_static
+  ONE_THREAD)
 target_compile_definitions(OtherStringOperationsTest PRIVATE QOR_TEST_LOCALES="${QOR_TEST_LOCALES}")
 add_dependencies(OtherStringOperationsTest qor_test_locales)
 qor_wrap(OtherStringOperationsTest ${string_environment} malloc realloc free _Z13VELDebugBreaki

@@ -13,7 +13,7 @@ set(session_calls
 qor_add_test(QORSysSessionTest SOURCES QORSysSessionTest.cpp SessionCalls.cpp LINK QORSysTS_static)
 qor_wrap(QORSysSessionTest ${session_calls})
 
-qor_add_test(VELSysHashMapStringTest SOURCES VELSysHashMapStringTest.cpp LINK QORSysTS_static)
+qor_add_test(VELSysHashMapStringTest SOURCES VELSysHashMapStringTest.cpp LINK QORSysTS_static ONE_THREAD)
 qor_wrap(VELSysHashMapStringTest _ZnwmRKSt9nothrow_t _ZdlPv _ZdlPvm malloc)
 
 qor_add_test(VELSysCodePageTest SOURCES VELSysCodePageTest.cpp LINK QORSysTS_static)

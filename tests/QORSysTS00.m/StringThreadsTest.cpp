@@ -5,12 +5,14 @@
 #include "StringEnvironment.h"
 #include "VELString.h"
 
+#include <algorithm>
 #include <barrier>
 #include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <set>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -198,6 +200,36 @@ TEST_P(Threaded, TheHandleThatIsLeftMayWriteTheBlock) {
             seen.insert(length);
         });
     EXPECT_EQ(seen.count(5), seen.size());
+}
+
+TEST_P(Threaded, AppendsInPlaceOnceTheReadersAreGone) {
+    QORUnicodeString text;
+    std::vector<QORUnicodeString> copies(Threads);
+    const QORUnicodeString piece("xyz");
+    const QORUnicodeString expected("a text with room xyzxyz");
+    RunRounds(
+        500,
+        [&] {
+            // Room for what is appended, so that the block itself is written once nobody else has it.
+            text = "a text with room that is longer than all of it";
+            text = "a text with room ";
+            std::fill(copies.begin(), copies.end(), text);
+        },
+        [&](int thread) {
+            if (thread == 0) {
+                copies[0].Reset();
+                text.Append(piece).Append(piece);
+                EXPECT_EQ(text.ComputeHashKey(), expected.ComputeHashKey());
+                EXPECT_EQ(text.GetLengthInChar(), 23);
+                EXPECT_EQ(text, expected);
+                return;
+            }
+            QORUnicodeString own;
+            std::swap(own, copies[static_cast<std::size_t>(thread)]);
+            own.ComputeHashKey();
+            EXPECT_EQ(own.GetLengthInChar(), 17);
+            EXPECT_NE(own, expected);
+        });
 }
 
 TEST_P(Threaded, BlocksTravelFromThreadToThread) {

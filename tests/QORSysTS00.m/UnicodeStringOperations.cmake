@@ -18,7 +18,8 @@ qor_add_test(UnicodeStringOperationsTest
     StringStreamTest.cpp
     StringStripTest.cpp
     WildMatchTest.cpp
-  LINK QORSysTS_static)
+  LINK QORSysTS_static
+  ONE_THREAD)
 target_compile_definitions(UnicodeStringOperationsTest PRIVATE QOR_TEST_LOCALES="${QOR_TEST_LOCALES}")
 add_dependencies(UnicodeStringOperationsTest qor_test_locales)
 # The tests choose the environment's code page themselves, and every request for memory can be refused.

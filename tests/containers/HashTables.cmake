@@ -1,5 +1,6 @@
 qor_add_test(VELSysTSUCSHashTableTest SOURCES VELSysTSUCSHashTableTest.cpp LINK QORSysTS_static)
-qor_wrap(VELSysTSUCSHashTableTest _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t)
+qor_wrap(VELSysTSUCSHashTableTest
+  _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t pthread_mutex_lock pthread_mutex_unlock)
 qor_add_test(QORSysTSThreadLocalStorageTest
   SOURCES ArrayAllocations.cpp NodeAllocations.cpp QORSysTSThreadLocalStorageTest.cpp LINK QORSysTS_static)
-qor_wrap(QORSysTSThreadLocalStorageTest pthread_key_create)
+qor_wrap(QORSysTSThreadLocalStorageTest pthread_key_create pthread_key_delete)

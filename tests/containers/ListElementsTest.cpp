@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 namespace {
 
@@ -293,6 +294,8 @@ TYPED_TEST(ListLayout, HasTheDestructorsAsItsOnlyVirtualOperations) {
     EXPECT_EQ(SlotOf(&WithOneMore<TypeParam>::OneMore), 2);
     EXPECT_EQ(SlotOf(&WithOneMore<typename TypeParam::const_iterator>::OneMore), 2);
     EXPECT_EQ(SlotOf(&WithOneMore<typename TypeParam::iterator>::OneMore), 2);
+    static_assert(std::has_virtual_destructor_v<TypeParam>);
+    static_assert(std::has_virtual_destructor_v<typename TypeParam::const_iterator>);
 }
 
 TYPED_TEST(ListLayout, HasTheCompleteDestructorFirst) {

@@ -385,3 +385,19 @@ TYPED_TEST(ListOfNumbers, SortDoesNothing) {
     list.Sort();
     EXPECT_THAT(Content(list), ElementsAre(3, 1, 2));
 }
+
+namespace {
+
+template <class List>
+constexpr bool HasSort = requires {
+    &List::Sort;
+};
+
+} // namespace
+
+TEST(ListRows, OfNumbersAloneHaveASort) {
+    static_assert(HasSort<QORSysTSLinkedListOfInt>);
+    static_assert(HasSort<QORSysTSListOfInt>);
+    static_assert(!HasSort<QORSysTSListOfUnicodeString>);
+    static_assert(!HasSort<QORSysTSListOfVectorOfBYTE>);
+}

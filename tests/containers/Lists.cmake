@@ -14,13 +14,15 @@ qor_add_test(ListFamilyTest
     NodeAllocations.cpp
     ../QORSysTS00.m/StringEnvironment.cpp
   LINK QORSysTS_static
-  PRIVATE_INCLUDE ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m)
+  PRIVATE_INCLUDE ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m
+  ONE_THREAD)
 qor_wrap(ListFamilyTest
   _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev)
 
 qor_add_test(SetFamilyTest
   SOURCES ArrayAllocations.cpp NodeAllocations.cpp SetFamilyTest.cpp
-  LINK QORSysTS_static)
+  LINK QORSysTS_static
+  ONE_THREAD)
 
 # Each test exists once per container or engine: without optimisation they compile in a fifth of the time.
 target_compile_options(QORSysTSLinkedAbstractCtnrTest PRIVATE -O0)

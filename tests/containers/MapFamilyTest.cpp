@@ -264,6 +264,46 @@ TYPED_TEST(EveryMap, ComparesIteratorsByMapAndPosition) {
     EXPECT_TRUE(it == assigned);
 }
 
+template <class Map>
+auto EndOf(const Map& map) {
+    auto it = map.cBegin();
+    while (it.Next() == Ok) {
+    }
+    return it;
+}
+
+TYPED_TEST(EveryMap, EndsAreEqualWithinOneMap) {
+    TypeParam map(100, 0.75F);
+    const TypeParam other(map);
+    const auto ofTheEmptyMap = map.cBegin();
+    EXPECT_TRUE(ofTheEmptyMap == map.cBegin());
+    EXPECT_FALSE(ofTheEmptyMap == other.cBegin()) << "of another map";
+    EXPECT_TRUE(ofTheEmptyMap != other.cBegin());
+    PutNumber(map, 0, 0);
+    const auto behindOne = EndOf(map);
+    EXPECT_TRUE(behindOne == ofTheEmptyMap);
+    EXPECT_FALSE(behindOne != ofTheEmptyMap);
+    PutNumbers(map, 1, 30);
+    EXPECT_TRUE(EndOf(map) == behindOne);
+    EXPECT_TRUE(EndOf(map) == ofTheEmptyMap);
+    EXPECT_FALSE(EndOf(map) == map.cBegin());
+    EXPECT_FALSE(EndOf(map) == EndOf(TypeParam(map)));
+    EXPECT_FALSE(EndOf(map) == typename TypeParam::const_iterator());
+}
+
+TYPED_TEST(EveryMap, TellsAllItsPositionsApart) {
+    TypeParam map;
+    PutNumbers(map, 0, 40);
+    for (auto it = map.cBegin(); !it.IsEnd(); it.Next()) {
+        int equal = 0;
+        for (auto other = map.cBegin(); !other.IsEnd(); other.Next()) {
+            EXPECT_NE(it == other, it != other);
+            equal += it == other ? 1 : 0;
+        }
+        ASSERT_EQ(equal, 1);
+    }
+}
+
 TYPED_TEST(EveryMap, HasTheValueOfAnEntryDirectlyBehindTheKey) {
     using Pair = std::pair<typename TypeParam::Key, typename TypeParam::Value>;
     TypeParam map;
@@ -398,6 +438,39 @@ TYPED_TEST(EveryHashMap, FillsWithoutGrowth) {
     EXPECT_EQ(Content(map), Content(source)) << "one bucket has the order of the walk";
 }
 
+TYPED_TEST(EveryHashMap, FilledHasTheCountOfItsSource) {
+    TypeParam source;
+    PutNumber(source, 2, 20);
+    PutNumber(source, 7, 70);
+    TypeParam map(100, 0.75F);
+    PutNumbers(map, 0, 5);
+    map.Fill(source);
+    EXPECT_EQ(map.GetLength(), 2) << "not what is there";
+    EXPECT_THAT(Content(map), UnorderedElementsAre(std::pair(0, 0), std::pair(1, 1), std::pair(2, 20), std::pair(3, 3),
+                                                   std::pair(4, 4), std::pair(7, 70)))
+        << "a key that is there gets the value";
+}
+
+TYPED_TEST(EveryHashMap, EndOfAShorterTableIsNotThatOfALonger) {
+    TypeParam map;
+    const auto end = map.cBegin();
+    map.ReHash(100, 0.75F);
+    EXPECT_FALSE(map.cBegin() == end);
+}
+
+TYPED_TEST(EveryHashMap, TellsEntriesOfOneBucketApart) {
+    TypeParam map(1, 100.0F);
+    PutNumbers(map, 0, 2);
+    ASSERT_EQ(TableLength(map), 1);
+    auto first = map.cBegin();
+    auto second = map.cBegin();
+    second.Next();
+    EXPECT_FALSE(first == second);
+    EXPECT_TRUE(first != second);
+    first.Next();
+    EXPECT_TRUE(first == second);
+}
+
 TYPED_TEST(EveryHashMap, HasABucketForEachKey) {
     TypeParam map;
     PutNumbers(map, 0, 12);
@@ -448,6 +521,26 @@ TYPED_TEST(EveryLinkedMap, CopiesAnotherMapWithoutATestForDuplicates) {
     EXPECT_EQ(NumberOf(*map.GetAsPtr(Key<TypeParam>(1))), 1);
     map.Remove(Key<TypeParam>(1));
     EXPECT_EQ(Content(map), (Entries{{0, 0}, {1, 10}}));
+}
+
+TYPED_TEST(EveryLinkedMap, IsEqualWhenEachEntryHasAnEqualOneAmongSeveralOfItsKey) {
+    const auto twoOfOneKey = [](int first, int second) {
+        TypeParam map;
+        PutNumber(map, 1, first);
+        TypeParam other;
+        PutNumber(other, 1, second);
+        map.CopyMap(other);
+        return map;
+    };
+    const TypeParam map = twoOfOneKey(1, 10);
+    EXPECT_TRUE(map == map);
+    EXPECT_TRUE(map == TypeParam(map));
+    EXPECT_TRUE(map == twoOfOneKey(10, 1));
+    EXPECT_FALSE(map != twoOfOneKey(10, 1));
+    EXPECT_FALSE(map == twoOfOneKey(1, 11));
+    EXPECT_FALSE(map == twoOfOneKey(11, 10));
+    EXPECT_TRUE(twoOfOneKey(1, 1) == map) << "each of the left is on the right";
+    EXPECT_FALSE(map == twoOfOneKey(1, 1));
 }
 
 TYPED_TEST(EveryLinkedMap, CopiedIntoItselfHasEachEntryTwice) {

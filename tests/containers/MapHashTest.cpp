@@ -10,6 +10,7 @@
 #include <climits>
 #include <gtest/gtest.h>
 #include <random>
+#include <type_traits>
 
 using namespace MapInstances;
 using StringBlocks::NullString;
@@ -216,10 +217,47 @@ TYPED_TEST(MapLayout, OfIteratorsIsTheMapTheBucketAndTheEntry) {
     EXPECT_EQ(fields.node, map.GetLinkedMap(Key<TypeParam>(1)).FindNode(Key<TypeParam>(1)));
 }
 
+namespace {
+
+template <class Class>
+constexpr bool HasFind = requires {
+    &Class::Find;
+};
+template <class Class>
+constexpr bool HasSort = requires {
+    &Class::Sort;
+};
+template <class Class>
+constexpr bool HasEquality = requires(const Class& a) {
+    a == a;
+};
+
+} // namespace
+
+TYPED_TEST(MapLayout, OfTheBucketArrayHasTwoVirtualSlotsAndKnowsNoEquality) {
+    using Buckets = typename TypeParam::ArrayListOfLinkedMapOfKeyVal;
+    using Bucket = typename TypeParam::LinkedMapOfKeyVal;
+    static_assert(sizeof(Buckets) == 32);
+    static_assert(!HasFind<Buckets>);
+    static_assert(!HasSort<Buckets>);
+    static_assert(!HasEquality<Buckets>);
+    static_assert(HasFind<Bucket> && HasEquality<Bucket>);
+    EXPECT_EQ(SlotOf(&WithOneMore<Buckets>::OneMore), 2);
+    EXPECT_EQ(SlotOf(&WithOneMore<typename Buckets::const_iterator>::OneMore), 2);
+    EXPECT_EQ(SlotOf(&WithOneMore<typename Buckets::iterator>::OneMore), 2);
+    EXPECT_EQ(SlotOf(&WithOneMore<Bucket>::OneMore), 2);
+    EXPECT_EQ(SlotOf(&WithOneMore<typename Bucket::const_iterator>::OneMore), 2);
+    EXPECT_EQ(SlotOf(&WithOneMore<typename Bucket::iterator>::OneMore), 2);
+    static_assert(std::has_virtual_destructor_v<Buckets>);
+    static_assert(std::has_virtual_destructor_v<Bucket>);
+}
+
 TYPED_TEST(AnyMapLayout, HasTheDestructorsAsItsOnlyVirtualOperations) {
     EXPECT_EQ(SlotOf(&WithOneMore<TypeParam>::OneMore), 2);
     EXPECT_EQ(SlotOf(&WithOneMore<typename TypeParam::const_iterator>::OneMore), 2);
     EXPECT_EQ(SlotOf(&WithOneMore<typename TypeParam::iterator>::OneMore), 2);
+    static_assert(std::has_virtual_destructor_v<TypeParam>);
+    static_assert(std::has_virtual_destructor_v<typename TypeParam::const_iterator>);
 }
 
 TYPED_TEST(AnyMapLayout, HasTheCompleteDestructorFirst) {

@@ -9,7 +9,8 @@ qor_add_test(MapFamilyTest
     NodeAllocations.cpp
     ../QORSysTS00.m/StringEnvironment.cpp
   LINK QORSysTS_static
-  PRIVATE_INCLUDE ${PROJECT_SOURCE_DIR}/SystemTS/containers ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m)
+  PRIVATE_INCLUDE ${PROJECT_SOURCE_DIR}/SystemTS/containers ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m
+  ONE_THREAD)
 qor_wrap(MapFamilyTest
   _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev)
 # Each test exists once per map: without optimisation they compile in a fifth of the time.

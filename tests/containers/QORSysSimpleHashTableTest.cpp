@@ -210,6 +210,41 @@ TEST(QORSysSimpleHashTable, WalksTheElementsOfOneHash) {
     EXPECT_EQ(table.NextWithKey(&otherHashInTheSameChain), nullptr);
 }
 
+TEST(QORSysSimpleHashTable, GoesOnFromNoElementToNone) {
+    QORSysSimpleHashTable table(0, HashOf, AreEqual);
+    Elements elements(5);
+    Fill(table, elements, 5);
+    EXPECT_EQ(table.NextWithKey(nullptr), nullptr);
+    QORSysSimpleHashTable pointers(0, QORSimpleHashIt, QORSimpleHashCompare);
+    pointers.Insert(nullptr);
+    pointers.Insert(reinterpret_cast<void*>(1));
+    EXPECT_EQ(pointers.NextWithKey(nullptr), nullptr) << "even if null is an element, with another of its hash";
+}
+
+TEST(QORSysSimpleHashTable, StoresNullWithTheAnswerOfATableThatCannotGrow) {
+    QORSysSimpleHashTable table(0, QORSimpleHashIt, QORSimpleHashCompare);
+    EXPECT_EQ(table.Insert(nullptr), -1);
+    EXPECT_EQ(table.Size(), 1);
+    EXPECT_EQ(table.Insert(nullptr), -1);
+    EXPECT_EQ(table.InsertAndReturn(nullptr), nullptr);
+    EXPECT_EQ(table.Size(), 1) << "once";
+    EXPECT_NE(table.LocateBucket(nullptr), nullptr);
+    EXPECT_EQ(table.ReAllocate(0), 0);
+    EXPECT_EQ(table.Size(), 1);
+}
+
+TEST(QORSysSimpleHashTable, KeepsOneOfTheElementsThatHaveBecomeEqualWhenItReallocates) {
+    QORSysSimpleHashTable table(0, HashOf, AreEqual);
+    Elements elements(6);
+    Fill(table, elements, 6);
+    elements.all[3] = elements.all[5] = elements.all[1];
+    EXPECT_EQ(table.Size(), 6);
+    EXPECT_EQ(table.ReAllocate(0), 0);
+    EXPECT_THAT(KeysInOrder(table), ElementsAre(0, 1, 2, 4));
+    EXPECT_EQ(table.Locate(elements[5]), elements[1]) << "the first of them";
+    EXPECT_EQ(table.Get(3), elements[4]);
+}
+
 TEST(QORSysSimpleHashTable, PutsTheLastElementIntoThePlaceOfTheRemovedOne) {
     QORSysSimpleHashTable table(0, HashOf, AreEqual);
     Elements elements(5);

@@ -4,6 +4,7 @@
 #include "QORSysTSLinkedAbstractCtnrFTS.h"
 
 #include <cstddef>
+#include <functional>
 #include <gtest/gtest.h>
 #include <new>
 #include <pthread.h>
@@ -20,14 +21,19 @@ using Node = FTS::Node;
 // Watched by one thread alone.
 const void* s_watched = nullptr;
 std::string s_events;
+std::function<void(const std::string&)> s_onEvent;
 
 void LogLock(const void* mutex, char event) {
-    if (mutex == s_watched && mutex != nullptr) {
-        s_events += event;
+    if (mutex != s_watched || mutex == nullptr) {
+        return;
+    }
+    s_events += event;
+    if (s_onEvent) {
+        s_onEvent(s_events);
     }
 }
 
-/// The locks and unlocks of an engine's mutex while it lives, as "LU".
+/// The successful locks and the unlocks of an engine's mutex while it lives, as "LU".
 class LockLog {
 public:
     explicit LockLog(const void* mutex) {
@@ -36,8 +42,13 @@ public:
     }
     LockLog(const LockLog&) = delete;
     LockLog& operator=(const LockLog&) = delete;
-    ~LockLog() { s_watched = nullptr; }
+    ~LockLog() {
+        s_watched = nullptr;
+        s_onEvent = nullptr;
+    }
 
+    /// Runs `action` with all events so far, right behind each lock and right in front of each unlock.
+    void OnEvent(std::function<void(const std::string&)> action) { s_onEvent = std::move(action); }
     std::string Take() { return std::exchange(s_events, ""); }
 };
 
@@ -46,7 +57,9 @@ public:
 extern "C" int __real_pthread_mutex_lock(pthread_mutex_t* mutex);
 extern "C" int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex) {
     const int result = __real_pthread_mutex_lock(mutex);
-    LogLock(mutex, 'L');
+    if (result == 0) {
+        LogLock(mutex, 'L');
+    }
     return result;
 }
 
@@ -99,6 +112,81 @@ TEST(LockingLinkedEngine, LocksForTheWholeRunOfItsSteps) {
     engine.PopFirstNode();
     engine.PopLastNode();
     EXPECT_EQ(log.Take(), "") << "empty";
+    engine.Init();
+    EXPECT_EQ(log.Take(), "LU");
+}
+
+TEST(LockingLinkedEngine, ReadsTheLinksOfANodeThatItTakesOutUnderTheLock) {
+    for (const bool isNext : {true, false}) {
+        FTS engine;
+        Node nodes[3];
+        Node neighbour;
+        for (Node& node : nodes) {
+            engine.InsertNodeBetween(engine._chain.last, node, nullptr);
+        }
+        LockLog log(&engine._mutex);
+        log.OnEvent([&](const std::string& events) {
+            if (events == "L") {
+                isNext ? engine._chain.InsertBetween(&nodes[1], neighbour, &nodes[2])
+                       : engine._chain.InsertBetween(&nodes[0], neighbour, &nodes[1]);
+            } else if (events == "LLU") {
+                nodes[1].next = nodes[1].previous = nullptr;
+            }
+        });
+        EXPECT_EQ(isNext ? engine.RemoveNodeGetNext(nodes[1]) : engine.RemoveNodeGetPrev(nodes[1]), &neighbour);
+        EXPECT_EQ(log.Take(), "LLUU");
+        EXPECT_EQ(engine._chain.count, 3);
+    }
+}
+
+TEST(LockingLinkedEngine, WalksTheChainOnlyWhileItIsLocked) {
+    FTS engine;
+    Node nodes[2];
+    Node third;
+    for (Node& node : nodes) {
+        engine.InsertNodeBetween(engine._chain.last, node, nullptr);
+    }
+    LockLog log(&engine._mutex);
+    log.OnEvent([&](const std::string& events) {
+        if (events == "L") {
+            engine._chain.InsertBetween(&nodes[1], third, nullptr);
+        } else {
+            engine._chain.Remove(third);
+        }
+    });
+    EXPECT_EQ(engine.GetNode(2), &third);
+    log.Take();
+    EXPECT_EQ(engine.GetNode(3), nullptr);
+}
+
+TEST(LockingLinkedEngine, ChangesTheChainOnlyWhileItIsLocked) {
+    FTS engine;
+    Node nodes[2];
+    Node third;
+    engine.InsertNodeBetween(nullptr, nodes[0], nullptr);
+    LockLog log(&engine._mutex);
+    log.OnEvent([&](const std::string& events) {
+        EXPECT_EQ(engine._chain.count, events == "L" ? 1 : 2);
+        EXPECT_EQ(engine._chain.last, &nodes[events == "L" ? 0 : 1]);
+    });
+    engine.InsertNodeBetween(&nodes[0], nodes[1], nullptr);
+    log.Take();
+    // The end that it leaves is the one that it finds under the lock.
+    log.OnEvent([&](const std::string& events) {
+        if (events == "L") {
+            engine._chain.InsertBetween(&nodes[1], third, nullptr);
+        } else {
+            EXPECT_EQ(engine._chain.count, 2);
+            EXPECT_EQ(engine._chain.last, &third);
+        }
+    });
+    EXPECT_EQ(engine.RemoveNode(nodes[1]), &nodes[1]);
+    log.Take();
+    log.OnEvent([&](const std::string& events) {
+        EXPECT_EQ(engine._chain.count, events == "L" ? 2 : 0);
+        EXPECT_EQ(engine._chain.first, events == "L" ? &nodes[0] : nullptr);
+        EXPECT_EQ(engine._chain.last, events == "L" ? &third : nullptr);
+    });
     engine.Init();
     EXPECT_EQ(log.Take(), "LU");
 }

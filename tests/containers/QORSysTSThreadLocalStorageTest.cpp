@@ -1,6 +1,7 @@
 #include "QORSysTSThreadLocalStorage.h"
 #include "ArrayAllocations.h"
 #include "Child.h"
+#include "MapInstances.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -19,6 +20,9 @@ constexpr int Failure = static_cast<int>(0x80004005u);
 constexpr auto NoKey = static_cast<pthread_key_t>(-1);
 
 bool s_hasNoThreadKeys = false;
+/// The keys that were made and deleted, each in turn.
+std::vector<pthread_key_t> s_made;
+std::vector<pthread_key_t> s_deleted;
 int s_value;
 int s_other;
 
@@ -26,7 +30,18 @@ int s_other;
 
 extern "C" int __real_pthread_key_create(pthread_key_t* key, void (*destructor)(void*));
 extern "C" int __wrap_pthread_key_create(pthread_key_t* key, void (*destructor)(void*)) {
-    return s_hasNoThreadKeys ? EAGAIN : __real_pthread_key_create(key, destructor);
+    if (s_hasNoThreadKeys) {
+        return EAGAIN;
+    }
+    const int result = __real_pthread_key_create(key, destructor);
+    s_made.push_back(*key);
+    return result;
+}
+
+extern "C" int __real_pthread_key_delete(pthread_key_t key);
+extern "C" int __wrap_pthread_key_delete(pthread_key_t key) {
+    s_deleted.push_back(key);
+    return __real_pthread_key_delete(key);
 }
 
 TEST(ThreadLocalStorage, HandsOutKeysFromOneOn) {
@@ -127,6 +142,84 @@ TEST(ThreadLocalStorage, FailsWithoutAKeyOfTheSystem) {
     EXPECT_EQ(Storage::S_tlsKey, NoKey);
 }
 
+TEST(ThreadLocalStorage, WantsAKeyOfTheSystemAlreadyWhenItReads) {
+    s_hasNoThreadKeys = true;
+    EXPECT_EQ(Storage::GetValue(1), nullptr);
+    EXPECT_EQ(Storage::S_tlsKey, NoKey);
+    s_hasNoThreadKeys = false;
+    EXPECT_EQ(Storage::SetValue(1, &s_value), Failure) << "it asks once";
+}
+
+TEST(ThreadLocalStorage, MakesAKeyOfTheSystemWhenItReadsOrWritesAndNotWhenItDeletes) {
+    s_made.clear();
+    int key = 1;
+    EXPECT_EQ(Storage::DeleteValue(&key), Failure);
+    EXPECT_EQ(s_made.size(), 0u);
+    EXPECT_EQ(Storage::S_tlsKey, 0u);
+    EXPECT_EQ(Storage::GetValue(1), nullptr);
+    ASSERT_EQ(s_made.size(), 1u);
+    EXPECT_EQ(Storage::S_tlsKey, s_made[0]);
+    EXPECT_EQ(pthread_getspecific(Storage::S_tlsKey), nullptr) << "reading makes no map";
+    EXPECT_EQ(Storage::SetValue(1, &s_value), Ok);
+    EXPECT_EQ(s_made.size(), 1u);
+}
+
+TEST(ThreadLocalStorage, HasAMapForTwelveEntriesUnderTheKeyOfTheSystem) {
+    using Map = QORSysTSHashMapOfIntToVoidPtr;
+    EXPECT_EQ(Storage::SetValue(1, &s_value), Ok);
+    const auto* const map = static_cast<const Map*>(pthread_getspecific(Storage::S_tlsKey));
+    ASSERT_NE(map, nullptr);
+    EXPECT_EQ(MapInstances::TableLength(*map), 16);
+    EXPECT_EQ(MapInstances::Fields(*map).reciprocal, 1.3333334F);
+    EXPECT_EQ(map->GetLength(), 1);
+    EXPECT_EQ(*map->GetAsPtr(1), &s_value);
+    int key = 1;
+    Storage::DeleteValue(&key);
+    EXPECT_EQ(pthread_getspecific(Storage::S_tlsKey), map) << "an empty map stays";
+    EXPECT_EQ(map->GetLength(), 0);
+}
+
+namespace {
+
+/// What the storage answers where the thread's map is gone.
+struct AtTheEndOfAThread {
+    void* before = &s_value;
+    int statusOfDelete = Ok;
+    int statusOfSet = Failure;
+    void* after = nullptr;
+    void* map = nullptr;
+};
+AtTheEndOfAThread s_atTheEnd;
+
+void UseTheStorageAtTheEnd(void*) {
+    int key = 1;
+    s_atTheEnd.before = Storage::GetValue(1);
+    s_atTheEnd.statusOfDelete = Storage::DeleteValue(&key);
+    s_atTheEnd.statusOfSet = Storage::SetValue(2, &s_other);
+    s_atTheEnd.after = Storage::GetValue(2);
+    s_atTheEnd.map = pthread_getspecific(Storage::S_tlsKey);
+}
+
+} // namespace
+
+TEST(ThreadLocalStorage, BeginsAnewWhereADestructorOfTheThreadComesBehindIts) {
+    Storage::GetValue(1);
+    pthread_key_t later;
+    ASSERT_EQ(__real_pthread_key_create(&later, UseTheStorageAtTheEnd), 0);
+    ASSERT_GT(later, Storage::S_tlsKey) << "its turn comes behind";
+    const int live = ArrayAllocations::Live();
+    std::thread([later] {
+        EXPECT_EQ(Storage::SetValue(1, &s_value), Ok);
+        pthread_setspecific(later, &s_value);
+    }).join();
+    EXPECT_EQ(s_atTheEnd.before, nullptr);
+    EXPECT_EQ(s_atTheEnd.statusOfDelete, Failure);
+    EXPECT_EQ(s_atTheEnd.statusOfSet, Ok);
+    EXPECT_EQ(s_atTheEnd.after, &s_other);
+    EXPECT_NE(s_atTheEnd.map, nullptr);
+    EXPECT_EQ(ArrayAllocations::Live(), live) << "the second map ends, too";
+}
+
 TEST(ThreadLocalStorage, FailsWithoutMemoryAndGoesOnWithIt) {
     for (int successes = 0;; ++successes) {
         ASSERT_LT(successes, 10);
@@ -175,5 +268,28 @@ CHILD_PROGRAM(LooksAtTheStorageAfterItsEnd) {
 TEST(ThreadLocalStorage, AnswersNothingOnceTheProcessEnds) {
     const Child child = RunChild("LooksAtTheStorageAfterItsEnd");
     EXPECT_EQ(child.out, "1 1 1 1\n") << child.err;
+    EXPECT_EQ(child.exitCode, 0);
+}
+
+CHILD_PROGRAM(CountsWhatTheStorageLeaves) {
+    static int s_live;
+    static pthread_key_t s_key;
+    static const int registered = std::atexit([] {
+        std::printf("%zu %d %d\n", s_deleted.size(), !s_deleted.empty() && s_deleted[0] == s_key,
+                    ArrayAllocations::Live() - s_live);
+        std::fflush(stdout);
+    });
+    s_deleted.reserve(10);
+    s_live = ArrayAllocations::Live();
+    for (int key = 0; key < 30; ++key) {
+        Storage::SetValue(key, &s_value);
+    }
+    s_key = Storage::S_tlsKey;
+    return ArrayAllocations::Live() > s_live && s_deleted.empty() ? registered : 1;
+}
+
+TEST(ThreadLocalStorage, GivesBackMapAndKeyOnceTheProcessEnds) {
+    const Child child = RunChild("CountsWhatTheStorageLeaves");
+    EXPECT_EQ(child.out, "1 1 0\n") << child.err;
     EXPECT_EQ(child.exitCode, 0);
 }

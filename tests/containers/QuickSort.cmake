@@ -1,2 +1,2 @@
-qor_add_test(VELSysQuickSortTest SOURCES VELSysQuickSortTest.cpp LINK QORSysTS_static)
+qor_add_test(VELSysQuickSortTest SOURCES VELSysQuickSortTest.cpp LINK QORSysTS_static ONE_THREAD)
 qor_wrap(VELSysQuickSortTest malloc free)

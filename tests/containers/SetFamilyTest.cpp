@@ -15,6 +15,7 @@
 #include <initializer_list>
 #include <new>
 #include <random>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -304,6 +305,34 @@ TYPED_TEST(SetFamily, IsAVirtualTableAndTheEngine) {
     std::memcpy(words, reinterpret_cast<const char*>(&it), sizeof words);
     EXPECT_EQ(words[1], &set);
     EXPECT_EQ(words[2], set.FindNode(1));
+}
+
+namespace {
+
+/// A class of which a further virtual operation takes the first free slot.
+template <class Base>
+class WithOneMore : public Base {
+public:
+    virtual void OneMore() {}
+};
+
+/// The slot of a virtual operation in the virtual table.
+template <class Pointer>
+long SlotOf(Pointer operation) {
+    long word;
+    static_assert(sizeof operation >= sizeof word);
+    std::memcpy(&word, &operation, sizeof word);
+    return (word - 1) / static_cast<long>(sizeof(void*));
+}
+
+} // namespace
+
+TYPED_TEST(SetFamily, HasTheDestructorsAsItsOnlyVirtualOperations) {
+    using Iterator = typename TypeParam::const_iterator;
+    EXPECT_EQ(SlotOf(&WithOneMore<TypeParam>::OneMore), 2);
+    EXPECT_EQ(SlotOf(&WithOneMore<Iterator>::OneMore), 2);
+    static_assert(std::has_virtual_destructor_v<TypeParam>);
+    static_assert(std::has_virtual_destructor_v<Iterator>);
 }
 
 TYPED_TEST(SetFamily, HasTheCompleteDestructorFirst) {

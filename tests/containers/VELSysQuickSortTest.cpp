@@ -4,6 +4,7 @@
 #include "VELSysQuickSort.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -46,6 +47,7 @@ public:
                 if (pending.size() == capacity) {
                     capacity *= 2;
                     ++growths;
+                    growthsWithoutNeed += mid - 1 - lo < 1 ? 1 : 0;
                 }
                 pending.pop_back();
                 if (mid - 1 - lo >= 1) {
@@ -71,6 +73,8 @@ public:
 
     Calls calls;
     int growths = 0;
+    /// Those among them where the left part is not pushed.
+    int growthsWithoutNeed = 0;
     const std::vector<int>& Keys() const { return _keys; }
 
 private:
@@ -271,7 +275,9 @@ std::vector<int> RandomKeys(std::mt19937& random, int count, int distinct) {
 /// and the sort goes on with all the others.
 class Adversary {
 public:
-    explicit Adversary(int count) : _keys(static_cast<std::size_t>(count), Undecided) {}
+    /// Behind so many pivots that have two elements in front of them, the others have one.
+    Adversary(int count, int pivotsWithTwo)
+        : _pivotsWithTwo(pivotsWithTwo), _keys(static_cast<std::size_t>(count), Undecided) {}
 
     int Compare(int a, int b) {
         double& x = _keys[static_cast<std::size_t>(a)];
@@ -309,11 +315,12 @@ private:
             return;
         }
         _met.push_back(element);
-        if (_met.size() == 2 || _met.size() == 3) {
+        if (_met.size() == 2 || (_met.size() == 3 && _latest <= 2 * _pivotsWithTwo)) {
             _keys[static_cast<std::size_t>(element)] = _latest - 1 + 0.25 * static_cast<double>(_met.size() - 2);
         }
     }
 
+    int _pivotsWithTwo;
     std::vector<double> _keys;
     std::vector<int> _met;
     double _latest = 0;
@@ -321,8 +328,8 @@ private:
 };
 
 /// Keys with which many ranges wait at once.
-std::vector<int> KeysThatPileUp(int count) {
-    Adversary adversary(count);
+std::vector<int> KeysThatPileUp(int count, int pivotsWithTwo = INT_MAX / 2) {
+    Adversary adversary(count, pivotsWithTwo);
     std::vector<int> elements(static_cast<std::size_t>(count));
     std::iota(elements.begin(), elements.end(), 0);
     VELSysQuickSort(
@@ -575,6 +582,21 @@ TEST(QuickSort, TakesALargerStackForManyRanges) {
             EXPECT_GE(oracle.growths, 3);
         }
     }
+}
+
+TEST(QuickSort, TakesALargerStackWheneverItIsFull) {
+    int growthsWithoutNeed = 0;
+    for (int pivotsWithTwo = 10; pivotsWithTwo < 24; ++pivotsWithTwo) {
+        for (int count = 60; count < 120; ++count) {
+            const std::vector<int> keys = KeysThatPileUp(count, pivotsWithTwo);
+            Oracle oracle(keys);
+            oracle.Run();
+            ASSERT_NO_FATAL_FAILURE(ExpectCallsOfTheSteps(keys));
+            ASSERT_EQ(s_taken, oracle.growths) << pivotsWithTwo << " and " << count;
+            growthsWithoutNeed += oracle.growthsWithoutNeed;
+        }
+    }
+    EXPECT_GT(growthsWithoutNeed, 0) << "also where the left part does not wait";
 }
 
 TEST(QuickSort, SortsWithoutMemoryAndWithoutDeepCalls) {

@@ -4,13 +4,16 @@
 #include <atomic>
 #include <climits>
 #include <cstring>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
 #include <new>
+#include <pthread.h>
 #include <random>
 #include <set>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -45,6 +48,20 @@ bool Refuses() {
     return false;
 }
 
+// The table's mutex, and what happens around it; of one thread alone.
+const void* s_watched = nullptr;
+int s_locks = 0;
+std::function<void()> s_beforeLock;
+std::function<void()> s_whenLocked;
+std::function<void()> s_beforeUnlock;
+
+/// Runs `action` if there is one, once.
+void RunOnce(std::function<void()>& action) {
+    if (const auto once = std::exchange(action, nullptr)) {
+        once();
+    }
+}
+
 struct Fields {
     explicit Fields(const Table& table) { std::memcpy(static_cast<void*>(this), static_cast<const void*>(&table), 72); }
     void* slots;
@@ -67,6 +84,28 @@ extern "C" void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow
 }
 extern "C" void* __wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
     return Refuses() ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
+}
+
+extern "C" int __real_pthread_mutex_lock(pthread_mutex_t* mutex);
+extern "C" int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex) {
+    const bool isWatched = mutex != nullptr && mutex == s_watched;
+    if (isWatched) {
+        ++s_locks;
+        RunOnce(s_beforeLock);
+    }
+    const int result = __real_pthread_mutex_lock(mutex);
+    if (isWatched) {
+        RunOnce(s_whenLocked);
+    }
+    return result;
+}
+
+extern "C" int __real_pthread_mutex_unlock(pthread_mutex_t* mutex);
+extern "C" int __wrap_pthread_mutex_unlock(pthread_mutex_t* mutex) {
+    if (mutex != nullptr && mutex == s_watched) {
+        RunOnce(s_beforeUnlock);
+    }
+    return __real_pthread_mutex_unlock(mutex);
 }
 
 TEST(VELSysTSUCSHashTable, KeepsOneOfEqualElements) {
@@ -154,6 +193,79 @@ TEST(VELSysTSUCSHashTable, GrowsFourfoldOnceItHoldsOneAndAHalfTimesItsSize) {
         EXPECT_EQ(table.Locate(&element), &element);
         EXPECT_EQ(Fields(table).primary->GetElementAt(static_cast<int>(element.hash)), &element);
     }
+}
+
+TEST(VELSysTSUCSHashTable, GrowsAtAWholeNumberOfElements) {
+    Element elements[] = {{0, 0}, {1, 1}, {2, 2}, {3, 3}, {4, 4}};
+    Table three(3, HashOf, AreEqual);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(three.TryInsert(&elements[i]), &elements[i]);
+        EXPECT_EQ(Fields(three).size, 3);
+    }
+    EXPECT_EQ(three.TryInsert(&elements[4]), &elements[4]);
+    EXPECT_EQ(Fields(three).size, 12) << "behind four, not four and a half";
+    Table one(1, HashOf, AreEqual);
+    one.TryInsert(&elements[0]);
+    EXPECT_EQ(Fields(one).size, 1);
+    one.TryInsert(&elements[1]);
+    EXPECT_EQ(Fields(one).size, 4);
+}
+
+TEST(VELSysTSUCSHashTable, FindsTheElementOfThePrimaryRowFirst) {
+    Table table(16, HashOf, AreEqual);
+    Element a{3, 1};
+    Element equal{3, 1};
+    Element others[] = {{4, 2}, {4, 3}};
+    for (Element* element : {&a, &others[0], &others[1]}) {
+        table.TryInsert(element);
+    }
+    void* existing = nullptr;
+    ASSERT_EQ(Fields(table).overflow->TryInsertAt(3, &equal, existing), 1);
+    EXPECT_EQ(table.Locate(&equal), &a);
+    EXPECT_EQ(table.Locate(&a), &a);
+}
+
+TEST(VELSysTSUCSHashTable, ReallocatesUnderItsMutex) {
+    Table table(4, HashOf, AreEqual);
+    Element elements[] = {{0, 0}, {4, 1}};
+    for (Element& element : elements) {
+        table.TryInsert(&element);
+    }
+    s_locks = 0;
+    s_watched = reinterpret_cast<const char*>(&table) + 72;
+    const auto expectSize = [&table](int size) {
+        EXPECT_EQ(Fields(table).size, size);
+        EXPECT_EQ(Fields(table).primary->GetSize(), size);
+        EXPECT_EQ(Fields(table).overflow->GetSize(), size);
+    };
+    s_whenLocked = [&] { expectSize(4); };
+    s_beforeUnlock = [&] {
+        expectSize(8);
+        EXPECT_EQ(table.Locate(&elements[0]), &elements[0]);
+        EXPECT_EQ(table.Locate(&elements[1]), &elements[1]);
+    };
+    table.Reallocate(8);
+    EXPECT_EQ(s_locks, 1);
+    EXPECT_FALSE(s_whenLocked || s_beforeUnlock);
+    table.Reallocate(8);
+    EXPECT_EQ(s_locks, 1) << "not for what it has";
+    s_watched = nullptr;
+}
+
+TEST(VELSysTSUCSHashTable, TestsItsSizeAgainUnderItsMutex) {
+    Table table(4, HashOf, AreEqual);
+    Element element{3, 1};
+    table.TryInsert(&element);
+    s_locks = 0;
+    s_watched = reinterpret_cast<const char*>(&table) + 72;
+    // As another thread that gets the mutex first.
+    s_beforeLock = [&] { table.Reallocate(16); };
+    table.Reallocate(8);
+    s_watched = nullptr;
+    EXPECT_EQ(s_locks, 2);
+    EXPECT_EQ(Fields(table).size, 16);
+    EXPECT_EQ(Fields(table).primary->GetSize(), 16);
+    EXPECT_EQ(table.Locate(&element), &element);
 }
 
 TEST(VELSysTSUCSHashTable, HasAnOverflowRowOfItsPresentSize) {
@@ -327,6 +439,46 @@ TEST(VELSysTSUCSHashTableWalk, CopiesAndStepsLikeAnyIterator) {
     it++;
     EXPECT_EQ(*it, nullptr);
     EXPECT_TRUE(it == *table.end());
+}
+
+TEST(VELSysTSUCSHashTableWalk, EndsBehindThePrimaryRowWhenTheOverflowIsEmpty) {
+    Table table(16, HashOf, AreEqual);
+    Element a{1, 1};
+    table.TryInsert(&a);
+    VELSysTSVector overflow(16);
+    Table::VELSysIterator it(Fields(table).primary, &overflow);
+    EXPECT_EQ(*it, &a);
+    EXPECT_FALSE(it == *table.end());
+    ++it;
+    EXPECT_TRUE(it == *table.end());
+    EXPECT_EQ(*it, nullptr);
+}
+
+namespace {
+
+struct CountingIterator : Table::VELSysIterator {
+    using VELSysIterator::VELSysIterator;
+    using VELSysIterator::operator++;
+    VELSysIterator& operator++() override {
+        ++steps;
+        return VELSysIterator::operator++();
+    }
+    int steps = 0;
+};
+
+} // namespace
+
+TEST(VELSysTSUCSHashTableWalk, StepsBehindByTheStepOfTheDerivedIterator) {
+    Table table(16, HashOf, AreEqual);
+    Element a{1, 1};
+    Element b{2, 2};
+    table.TryInsert(&a);
+    table.TryInsert(&b);
+    CountingIterator it(Fields(table).primary, nullptr);
+    Table::VELSysIterator& base = it;
+    EXPECT_EQ(*base++, &a);
+    EXPECT_EQ(it.steps, 1);
+    EXPECT_EQ(*it, &b);
 }
 
 // Threads.

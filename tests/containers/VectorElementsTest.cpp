@@ -32,10 +32,16 @@ public:
                 throw std::runtime_error("no copy");
             }
             --s_copiesLeft;
+            ++s_copies;
             ++s_live;
             _number = std::make_unique<int>(*other._number);
         }
         Bucket& operator=(const Bucket& other) {
+            if (s_assignmentsLeft == 0) {
+                throw std::runtime_error("no assignment");
+            }
+            --s_assignmentsLeft;
+            ++s_assignments;
             *_number = *other._number;
             return *this;
         }
@@ -46,6 +52,9 @@ public:
         static inline int s_live = 0;
         /// Copies that still succeed; negative for no limit.
         static inline int s_copiesLeft = -1;
+        static inline int s_assignmentsLeft = -1;
+        static inline int s_copies = 0;
+        static inline int s_assignments = 0;
 
     private:
         std::unique_ptr<int> _number;
@@ -82,6 +91,32 @@ ListOfBuckets Buckets(std::initializer_list<int> numbers) {
     return list;
 }
 
+/// The copies and assignments of elements in an operation.
+struct Calls {
+    int copies;
+    int assignments;
+    bool operator==(const Calls&) const = default;
+    friend void PrintTo(const Calls& calls, std::ostream* out) {
+        *out << calls.copies << " copies, " << calls.assignments << " assignments";
+    }
+};
+
+template <class Operation>
+Calls CallsOf(const Operation& operation) {
+    Bucket::s_copies = Bucket::s_assignments = 0;
+    operation();
+    return {Bucket::s_copies, Bucket::s_assignments};
+}
+
+/// The calls of the C library's sort.
+struct SortCall {
+    const void* base;
+    std::size_t count;
+    std::size_t size;
+    int (*compare)(const void*, const void*);
+};
+std::vector<SortCall> s_sortCalls;
+
 /// How many handles there are on the block of a string.
 template <class String>
 int HandlesOf(const String& s) {
@@ -89,6 +124,13 @@ int HandlesOf(const String& s) {
 }
 
 } // namespace
+
+extern "C" void __real_qsort(void* base, std::size_t count, std::size_t size, int (*compare)(const void*, const void*));
+extern "C" void __wrap_qsort(void* base, std::size_t count, std::size_t size,
+                             int (*compare)(const void*, const void*)) {
+    s_sortCalls.push_back({base, count, size, compare});
+    __real_qsort(base, count, size, compare);
+}
 
 // Strings.
 
@@ -188,7 +230,30 @@ TYPED_TEST(VectorsOfStrings, SortComparesTheElementsThemselves) {
     EXPECT_EQ(s_calls, 0);
 }
 
-// Elements whose copy throws.
+TYPED_TEST(VectorsOfStrings, SortIsThatOfTheCLibraryOnTheSlots) {
+    using String = typename TypeParam::Element;
+    int (*const compare)(const String*, const String*) = [](const String* a, const String* b) {
+        return NumberOf(*a) - NumberOf(*b);
+    };
+    TypeParam vector;
+    s_sortCalls.clear();
+    vector.Sort(compare);
+    EXPECT_TRUE(s_sortCalls.empty()) << "there is no buffer";
+    vector = Filled<TypeParam>({30, 1, 200, 4, 4, 77});
+    vector.SetCapacity(50);
+    vector.Sort(compare);
+    ASSERT_EQ(s_sortCalls.size(), 1u);
+    EXPECT_EQ(s_sortCalls[0].base, vector.pT(0));
+    EXPECT_EQ(s_sortCalls[0].count, 6u);
+    EXPECT_EQ(s_sortCalls[0].size, 8u);
+    EXPECT_EQ(reinterpret_cast<void*>(s_sortCalls[0].compare), reinterpret_cast<void*>(compare));
+    vector.Clear();
+    vector.Sort(compare);
+    ASSERT_EQ(s_sortCalls.size(), 2u) << "the buffer is still there";
+    EXPECT_EQ(s_sortCalls[1].count, 0u);
+}
+
+// Elements whose copy or assignment throws.
 
 TEST(VectorsOfBuckets, ServeElementsWithAVirtualDestructor) {
     static_assert(sizeof(Bucket) == 32);
@@ -220,6 +285,71 @@ TEST(VectorsOfBuckets, MoveElementsWithoutACopy) {
     EXPECT_EQ(list.SetCapacity(100), Ok);
     Bucket::s_copiesLeft = -1;
     EXPECT_THAT(BucketNumbers(list), ElementsAre(5, 1, 3, 4));
+}
+
+TEST(VectorsOfBuckets, CloseGapsWithoutACallOfTheElements) {
+    ListOfBuckets list = Buckets({1, 2, 3, 4, 5, 6, 7, 8});
+    Bucket out(0);
+    EXPECT_EQ(CallsOf([&] { list.Remove(1); }), (Calls{0, 0}));
+    EXPECT_EQ(CallsOf([&] { list.RemoveRange(1, 3); }), (Calls{0, 0}));
+    EXPECT_EQ(CallsOf([&] { list.Begin().RemoveGoToNext(); }), (Calls{0, 0}));
+    EXPECT_EQ(CallsOf([&] { list.Begin().RemoveGoToPrev(); }), (Calls{0, 0}));
+    EXPECT_THAT(BucketNumbers(list), ElementsAre(6, 7, 8));
+    EXPECT_EQ(CallsOf([&] { list.PopFront(out); }), (Calls{0, 1})) << "of the output alone";
+    EXPECT_EQ(out.Number(), 6);
+    EXPECT_EQ(CallsOf([&] { list.PopBack(out); }), (Calls{0, 1}));
+    EXPECT_EQ(out.Number(), 8);
+    EXPECT_THAT(BucketNumbers(list), ElementsAre(7));
+}
+
+TEST(VectorsOfBuckets, InsertWithOneCopyForEachElement) {
+    const ListOfBuckets other = Buckets({6, 7, 8, 9});
+    using Operation = std::function<void(ListOfBuckets&)>;
+    struct Row {
+        const char* name;
+        int copies;
+        Operation operation;
+    };
+    const std::vector<Row> rows = {
+        {"element", 1, [&](ListOfBuckets& list) { list.Insert(1, *other.pT(0)); }},
+        {"container", 4, [&](ListOfBuckets& list) { list.Insert(1, other); }},
+        {"range", 3, [&](ListOfBuckets& list) { list.Insert(1, other, 1, 4); }},
+        {"buffer", 2, [&](ListOfBuckets& list) { list.Insert(1, other.pT(2), 2); }},
+        {"in front", 4, [&](ListOfBuckets& list) { list.PutFront(other); }},
+        {"behind", 4, [&](ListOfBuckets& list) { list.PutBack(other); }},
+        {"iterator", 4, [&](ListOfBuckets& list) { list.Begin().Insert(other); }},
+        {"itself", 3, [&](ListOfBuckets& list) { list.Insert(1, list); }},
+        {"a part of itself", 2, [&](ListOfBuckets& list) { list.Insert(1, list, 0, 2); }},
+    };
+    for (const auto& [name, copies, operation] : rows) {
+        for (const int capacity : {3, 20}) {
+            ListOfBuckets list = Buckets({1, 2, 3});
+            list.SetCapacity(capacity);
+            const int taken = ArrayAllocations::Taken();
+            EXPECT_EQ(CallsOf([&] { operation(list); }), (Calls{copies, 0})) << name;
+            EXPECT_EQ(ArrayAllocations::Taken() - taken, capacity == 3 ? 1 : 0) << name;
+            EXPECT_EQ(list.GetLength(), 3 + copies) << name;
+        }
+    }
+}
+
+TEST(VectorsOfBuckets, StayAsTheyWereWhenTheOutputCannotBeAssigned) {
+    ListOfBuckets list = Buckets({1, 2, 3});
+    Bucket out(7);
+    const int live = Bucket::s_live;
+    Bucket::s_assignmentsLeft = 0;
+    EXPECT_THROW(list.PopFront(out), std::runtime_error);
+    EXPECT_THROW(list.PopBack(out), std::runtime_error);
+    EXPECT_THROW(list.Get(1, out), std::runtime_error);
+    EXPECT_THROW(list.Set(1, out), std::runtime_error);
+    Bucket::s_assignmentsLeft = -1;
+    EXPECT_THAT(BucketNumbers(list), ElementsAre(1, 2, 3));
+    EXPECT_EQ(Bucket::s_live, live);
+    EXPECT_EQ(list.PopFront(out), Ok);
+    EXPECT_EQ(out.Number(), 1);
+    EXPECT_EQ(list.PopBack(out), Ok);
+    EXPECT_EQ(out.Number(), 3);
+    EXPECT_EQ(Bucket::s_live, live - 2);
 }
 
 TEST(VectorsOfBuckets, StayAsTheyWereWhenACopyThrows) {
@@ -391,6 +521,7 @@ TYPED_TEST_SUITE(VectorLayout, All);
 } // namespace
 
 TYPED_TEST(VectorLayout, IsAVirtualTableAndTheEngine) {
+    static_assert(std::is_nothrow_destructible_v<TypeParam>);
     TypeParam vector = Filled<TypeParam>({1, 2, 3});
     EXPECT_EQ(sizeof(TypeParam), 32u);
     const Fields fields(vector);
@@ -419,6 +550,8 @@ TYPED_TEST(VectorLayout, HasTheDestructorsAsItsOnlyVirtualOperations) {
     EXPECT_EQ(SlotOf(&WithOneMore<TypeParam>::OneMore), 2);
     EXPECT_EQ(SlotOf(&WithOneMore<typename TypeParam::const_iterator>::OneMore), 2);
     EXPECT_EQ(SlotOf(&WithOneMore<typename TypeParam::iterator>::OneMore), 2);
+    static_assert(std::has_virtual_destructor_v<TypeParam>);
+    static_assert(std::has_virtual_destructor_v<typename TypeParam::const_iterator>);
 }
 
 TYPED_TEST(VectorLayout, HasTheCompleteDestructorFirst) {

@@ -5,6 +5,8 @@
 #include "VectorInstances.h"
 
 #include <climits>
+#include <cstring>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <numeric>
@@ -243,6 +245,57 @@ TYPED_TEST(VectorFamily, InsertsNothingOutsideOfItsLength) {
         EXPECT_THAT(Content(vector), ElementsAre(1, 2, 3));
     }
     EXPECT_EQ(CapacityOf(vector), 4);
+}
+
+TYPED_TEST(VectorFamily, RefusesMoreElementsThanAnIntCounts) {
+    using Operation = std::function<int(TypeParam&)>;
+    const auto x = this->M(9);
+    const TypeParam other = this->F({7, 8});
+    const std::vector<Operation> ofOne = {
+        [&](TypeParam& vector) { return vector.Insert(0, x); },
+        [&](TypeParam& vector) { return vector.Insert(vector.GetLength(), x); },
+        [&](TypeParam& vector) { return vector.Insert(1, other, 0, 1); },
+        [&](TypeParam& vector) { return vector.Insert(1, &x, 1); },
+        [&](TypeParam& vector) { return vector.PutFront(x); },
+        [&](TypeParam& vector) { return vector.PutBack(x); },
+    };
+    const std::vector<Operation> ofMore = {
+        [&](TypeParam& vector) { return vector.Insert(0, other); },
+        [&](TypeParam& vector) { return vector.Insert(vector.GetLength(), other); },
+        [&](TypeParam& vector) { return vector.Insert(1, other, 0, 2); },
+        [&](TypeParam& vector) { return vector.Insert(1, other.pT(0), 2); },
+        [&](TypeParam& vector) { return vector.PutFront(other); },
+        [&](TypeParam& vector) { return vector.PutBack(other); },
+        [&](TypeParam& vector) { return vector.PutBack(vector); },
+    };
+    TypeParam vector = this->F({1, 2, 3});
+    char* const size = reinterpret_cast<char*>(&vector) + 16;
+    const auto forge = [&](int number) { std::memcpy(size, &number, sizeof number); };
+    const Fields before(vector);
+    for (const int length : {INT_MAX - 1, INT_MAX}) {
+        forge(length);
+        if (length == INT_MAX) {
+            for (const Operation& operation : ofOne) {
+                EXPECT_EQ(operation(vector), Failure);
+                EXPECT_EQ(vector.GetLength(), length);
+            }
+        }
+        for (const Operation& operation : ofMore) {
+            EXPECT_EQ(operation(vector), Failure);
+            EXPECT_EQ(vector.GetLength(), length);
+        }
+        typename TypeParam::iterator it(vector, 1);
+        if (length == INT_MAX) {
+            EXPECT_EQ(it.Insert(x), Failure);
+        }
+        EXPECT_EQ(it.Insert(other), Failure);
+        EXPECT_EQ(it.GetIndex(), 1);
+        EXPECT_EQ(vector.GetLength(), length);
+        forge(3);
+        EXPECT_EQ(vector.pT(0), before.buffer);
+        EXPECT_EQ(CapacityOf(vector), before.capacity);
+        EXPECT_THAT(Content(vector), ElementsAre(1, 2, 3));
+    }
 }
 
 TYPED_TEST(VectorFamily, PutsInFrontAndBehind) {

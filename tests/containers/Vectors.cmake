@@ -13,9 +13,11 @@ qor_add_test(VectorFamilyTest
     VectorModelTest.cpp
     ../QORSysTS00.m/StringEnvironment.cpp
   LINK QORSysTS_static
-  PRIVATE_INCLUDE ${PROJECT_SOURCE_DIR}/SystemTS/containers ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m)
+  PRIVATE_INCLUDE ${PROJECT_SOURCE_DIR}/SystemTS/containers ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m
+  ONE_THREAD)
 qor_wrap(VectorFamilyTest
-  _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev)
+  _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev
+  qsort)
 # Each test exists once per container or engine: without optimisation they compile in a fifth of the time.
 target_compile_options(QORSysTSArrayListAbstractCtnrTest PRIVATE -O0)
 target_compile_options(VectorFamilyTest PRIVATE -O0)
