@@ -30,6 +30,8 @@ function(qor_add_library name)
   target_link_options(${name} PRIVATE -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,--hash-style=gnu)
   # Life-cycle participants, threads and exit handlers hold on to the code, so it stays when the library is closed.
   target_link_options(${name} PRIVATE -Wl,-z,nodelete)
+  # Its own functions are bound when it is linked: each name that the loader looks up costs loading time.
+  target_link_options(${name} PRIVATE -Wl,-Bsymbolic-functions)
   if(NOT QORSYSTS_SANITIZE)
     target_link_options(${name} PRIVATE -Wl,-z,defs)
   endif()
