@@ -2,6 +2,7 @@
 // hashes change under it, which must merely stay safe.
 
 #include "ContainerFuzz.h"
+#include "HashedElement.h"
 #include "QORSysSimpleHashTable.h"
 
 #include <algorithm>
@@ -13,18 +14,7 @@ namespace {
 
 using ContainerFuzz::Require;
 
-struct Element {
-    unsigned int hash;
-    int key;
-};
-
-unsigned int HashOf(void* element) {
-    return static_cast<Element*>(element)->hash;
-}
-
-int AreEqual(void* a, void* b) {
-    return static_cast<Element*>(a)->key == static_cast<Element*>(b)->key ? 1 : 0;
-}
+using namespace HashedElement;
 
 class Pair {
 public:

@@ -1,6 +1,7 @@
 #include "VELSysTSVector.h"
 
 #include "TestSupport.h"
+#include "VirtualTable.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -26,7 +27,7 @@ private:
 };
 
 TEST(ObjectFactoryTest, TheCreationFollowsTheDestructors) {
-    EXPECT_EQ(VirtualSlotOf(&ObjectFactory<VELSysTSVector>::CreateObject), 2u);
+    EXPECT_EQ(VirtualTable::SlotOf(&ObjectFactory<VELSysTSVector>::CreateObject), 2);
 }
 
 TEST(ObjectFactoryTest, TheFirstNeedMakesAndPublishesTheObject) {

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <thread>
 #include <vector>
 
@@ -66,13 +65,3 @@ public:
 private:
     std::chrono::steady_clock::time_point _start = std::chrono::steady_clock::now();
 };
-
-/// The slot of a virtual function in the table of its class. The platform's pointer to a virtual member function is
-/// the offset of the slot in bytes, plus 1.
-template <typename Member>
-unsigned long VirtualSlotOf(Member member) {
-    static_assert(sizeof member == 2 * sizeof(unsigned long));
-    unsigned long words[2];
-    std::memcpy(words, &member, sizeof words);
-    return (words[0] - 1) / sizeof(void*);
-}

@@ -2,6 +2,7 @@
 
 #include "FailingAllocation.h"
 #include "TestSupport.h"
+#include "VirtualTable.h"
 
 #include <functional>
 #include <gmock/gmock.h>
@@ -31,10 +32,10 @@ public:
     }
 
     static void CheckSlots() {
-        EXPECT_EQ(VirtualSlotOf(&NumberTable::ChildCopyItem), 2u);
-        EXPECT_EQ(VirtualSlotOf(&NumberTable::ChildDeleteItem), 3u);
-        EXPECT_EQ(VirtualSlotOf(&NumberTable::ChildCompareItem), 4u);
-        EXPECT_EQ(VirtualSlotOf(&NumberTable::ChildHashFunction), 5u);
+        EXPECT_EQ(VirtualTable::SlotOf(&NumberTable::ChildCopyItem), 2);
+        EXPECT_EQ(VirtualTable::SlotOf(&NumberTable::ChildDeleteItem), 3);
+        EXPECT_EQ(VirtualTable::SlotOf(&NumberTable::ChildCompareItem), 4);
+        EXPECT_EQ(VirtualTable::SlotOf(&NumberTable::ChildHashFunction), 5);
     }
 
     bool refusesToCopy = false;

@@ -2,6 +2,7 @@
 
 #include "FailingAllocation.h"
 #include "TestSupport.h"
+#include "VirtualTable.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,9 +28,9 @@ public:
     }
 
     static void CheckSlots() {
-        EXPECT_EQ(VirtualSlotOf(&NumberList::ChildCopyItem), 2u);
-        EXPECT_EQ(VirtualSlotOf(&NumberList::ChildDeleteItem), 3u);
-        EXPECT_EQ(VirtualSlotOf(&NumberList::ChildCompareItem), 4u);
+        EXPECT_EQ(VirtualTable::SlotOf(&NumberList::ChildCopyItem), 2);
+        EXPECT_EQ(VirtualTable::SlotOf(&NumberList::ChildDeleteItem), 3);
+        EXPECT_EQ(VirtualTable::SlotOf(&NumberList::ChildCompareItem), 4);
     }
 
     bool refusesToClone = false;

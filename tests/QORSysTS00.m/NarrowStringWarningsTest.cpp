@@ -4,6 +4,7 @@
 
 #include "Child.h"
 #include "HeapLog.h"
+#include "NarrowReports.h"
 #include "StringSubjects.h"
 
 #include <cstdio>
@@ -37,31 +38,7 @@ using StringEnvironment::OneToOne;
 using StringEnvironment::UseCodePage;
 using StringEnvironment::UTF8;
 
-std::string Printed(const std::function<void()>& action) {
-    testing::internal::CaptureStdout();
-    action();
-    return testing::internal::GetCapturedStdout();
-}
-
-std::string NotPrintable(int position, const std::string& text) {
-    return "*************************************************************************************\n"
-           "* [QORString][Warning] The code '" +
-           std::to_string(position) +
-           "' does not map to a printable US ASCII character. *\n"
-           "* String: \"" +
-           text +
-           "\".\n"
-           "* STACK TRACE:                                                                      *\n"
-           "*************************************************************************************\n"
-           "the calling stack\n";
-}
-
-const std::string DataCorruption = "***************************************************************\n"
-                                   "* [QORString] Risk of data corruption detected:               *\n"
-                                   "* Non-ASCII Unicode data is being converted to MBCS (char *). *\n"
-                                   "* STACK TRACE:                                                *\n"
-                                   "***************************************************************\n"
-                                   "the calling stack\n";
+using namespace NarrowReports;
 
 /// A way in which text comes into a string "old", and what that string or the result is then.
 struct Way {

@@ -2,6 +2,7 @@
 
 #include "Child.h"
 #include "HeapLog.h"
+#include "NarrowReports.h"
 #include "SessionState.h"
 #include "StringBlocks.h"
 #include "StringEnvironment.h"
@@ -43,32 +44,7 @@ QORString WideString(const std::u16string& text) {
     return StringOn<QORString>(NewWide(text));
 }
 
-/// What `action` prints on standard output.
-std::string Printed(const std::function<void()>& action) {
-    testing::internal::CaptureStdout();
-    action();
-    return testing::internal::GetCapturedStdout();
-}
-
-std::string NotPrintable(int position, const std::string& text) {
-    return "*************************************************************************************\n"
-           "* [QORString][Warning] The code '" +
-           std::to_string(position) +
-           "' does not map to a printable US ASCII character. *\n"
-           "* String: \"" +
-           text +
-           "\".\n"
-           "* STACK TRACE:                                                                      *\n"
-           "*************************************************************************************\n"
-           "the calling stack\n";
-}
-
-const std::string DataCorruption = "***************************************************************\n"
-                                   "* [QORString] Risk of data corruption detected:               *\n"
-                                   "* Non-ASCII Unicode data is being converted to MBCS (char *). *\n"
-                                   "* STACK TRACE:                                                *\n"
-                                   "***************************************************************\n"
-                                   "the calling stack\n";
+using namespace NarrowReports;
 
 /// The hash by its definition.
 unsigned int HashOf(const std::string& text) {

@@ -4,6 +4,7 @@
 #include "ArrayAllocations.h"
 #include "ListInstances.h"
 #include "StringBlocks.h"
+#include "VirtualTable.h"
 
 #include <cstring>
 #include <functional>
@@ -233,29 +234,7 @@ TEST(ListOfArrays, KeepsTheElementThatHasNoRoomOutside) {
 
 namespace {
 
-/// The slot of a virtual operation in the virtual table.
-template <class Pointer>
-long SlotOf(Pointer operation) {
-    long word;
-    static_assert(sizeof operation >= sizeof word);
-    std::memcpy(&word, &operation, sizeof word);
-    return (word - 1) / static_cast<long>(sizeof(void*));
-}
-
-/// A class of which a further virtual operation takes the first free slot.
-template <class Base>
-class WithOneMore : public Base {
-public:
-    virtual void OneMore() {}
-};
-
-using Slot = void (*)(void*);
-
-Slot SlotAt(const void* object, int i) {
-    Slot* table;
-    std::memcpy(&table, object, sizeof table);
-    return table[i];
-}
+using namespace VirtualTable;
 
 } // namespace
 

@@ -6,6 +6,7 @@
 #include "StringBlocks.h"
 #include "StringEnvironment.h"
 #include "UnitHash.h"
+#include "VirtualTable.h"
 
 #include <climits>
 #include <gtest/gtest.h>
@@ -118,29 +119,7 @@ TEST(MapOfStrings, HoldsANullHandleAndAnEmptyTextAsKeys) {
 
 namespace {
 
-/// The slot of a virtual operation in the virtual table.
-template <class Pointer>
-long SlotOf(Pointer operation) {
-    long word;
-    static_assert(sizeof operation >= sizeof word);
-    std::memcpy(&word, &operation, sizeof word);
-    return (word - 1) / static_cast<long>(sizeof(void*));
-}
-
-/// A class of which a further virtual operation takes the first free slot.
-template <class Base>
-class WithOneMore : public Base {
-public:
-    virtual void OneMore() {}
-};
-
-using Slot = void (*)(void*);
-
-Slot SlotAt(const void* object, int i) {
-    Slot* table;
-    std::memcpy(&table, object, sizeof table);
-    return table[i];
-}
+using namespace VirtualTable;
 
 template <class Map>
 class MapLayout : public testing::Test {};

@@ -1,4 +1,5 @@
 #include "QORSysSimpleHashTable.h"
+#include "HashedElement.h"
 
 #include <algorithm>
 #include <climits>
@@ -23,19 +24,7 @@ std::size_t s_largestRequest = SIZE_MAX;
 /// The requests that failed for their size.
 std::vector<std::size_t> s_refused;
 
-/// An element whose hash is its number's last digits, so that chains can be chosen.
-struct Element {
-    unsigned int hash;
-    int key;
-};
-
-unsigned int HashOf(void* element) {
-    return static_cast<Element*>(element)->hash;
-}
-
-int AreEqual(void* a, void* b) {
-    return static_cast<Element*>(a)->key == static_cast<Element*>(b)->key ? 1 : 0;
-}
+using namespace HashedElement;
 
 struct Elements {
     explicit Elements(int count) {

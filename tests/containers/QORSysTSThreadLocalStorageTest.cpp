@@ -23,6 +23,9 @@ bool s_hasNoThreadKeys = false;
 /// The keys that were made and deleted, each in turn.
 std::vector<pthread_key_t> s_made;
 std::vector<pthread_key_t> s_deleted;
+/// What was there when a key was deleted.
+int s_liveAtDeletion = 0;
+pthread_key_t s_keyAtDeletion = 0;
 int s_value;
 int s_other;
 
@@ -41,6 +44,8 @@ extern "C" int __wrap_pthread_key_create(pthread_key_t* key, void (*destructor)(
 extern "C" int __real_pthread_key_delete(pthread_key_t key);
 extern "C" int __wrap_pthread_key_delete(pthread_key_t key) {
     s_deleted.push_back(key);
+    s_liveAtDeletion = ArrayAllocations::Live();
+    s_keyAtDeletion = Storage::S_tlsKey;
     return __real_pthread_key_delete(key);
 }
 
@@ -277,6 +282,7 @@ CHILD_PROGRAM(CountsWhatTheStorageLeaves) {
     static const int registered = std::atexit([] {
         std::printf("%zu %d %d\n", s_deleted.size(), !s_deleted.empty() && s_deleted[0] == s_key,
                     ArrayAllocations::Live() - s_live);
+        std::printf("%d %d %d\n", s_liveAtDeletion - s_live, s_keyAtDeletion == s_key, Storage::S_tlsKey == NoKey);
         std::fflush(stdout);
     });
     s_deleted.reserve(10);
@@ -288,8 +294,8 @@ CHILD_PROGRAM(CountsWhatTheStorageLeaves) {
     return ArrayAllocations::Live() > s_live && s_deleted.empty() ? registered : 1;
 }
 
-TEST(ThreadLocalStorage, GivesBackMapAndKeyOnceTheProcessEnds) {
+TEST(ThreadLocalStorage, GivesBackMapThenKeyOnceTheProcessEnds) {
     const Child child = RunChild("CountsWhatTheStorageLeaves");
-    EXPECT_EQ(child.out, "1 1 0\n") << child.err;
+    EXPECT_EQ(child.out, "1 1 0\n0 1 1\n") << child.err;
     EXPECT_EQ(child.exitCode, 0);
 }

@@ -5,6 +5,7 @@
 #include "QORSysTSHashSetOfInt.h"
 #include "QORSysTSLinkedSetOfInt.h"
 #include "QORSysTSSetOfInt.h"
+#include "VirtualTable.h"
 
 #include <algorithm>
 #include <climits>
@@ -309,21 +310,7 @@ TYPED_TEST(SetFamily, IsAVirtualTableAndTheEngine) {
 
 namespace {
 
-/// A class of which a further virtual operation takes the first free slot.
-template <class Base>
-class WithOneMore : public Base {
-public:
-    virtual void OneMore() {}
-};
-
-/// The slot of a virtual operation in the virtual table.
-template <class Pointer>
-long SlotOf(Pointer operation) {
-    long word;
-    static_assert(sizeof operation >= sizeof word);
-    std::memcpy(&word, &operation, sizeof word);
-    return (word - 1) / static_cast<long>(sizeof(void*));
-}
+using namespace VirtualTable;
 
 } // namespace
 
@@ -336,17 +323,14 @@ TYPED_TEST(SetFamily, HasTheDestructorsAsItsOnlyVirtualOperations) {
 }
 
 TYPED_TEST(SetFamily, HasTheCompleteDestructorFirst) {
-    using Slot = void (*)(void*);
     const int live = ArrayAllocations::Live();
     alignas(TypeParam) unsigned char storage[sizeof(TypeParam)];
     auto* const inPlace = new (storage) TypeParam();
     inPlace->Put(1);
-    Slot* table;
-    std::memcpy(&table, storage, sizeof table);
-    table[0](inPlace);
+    SlotAt(inPlace, 0)(inPlace);
     EXPECT_EQ(ArrayAllocations::Live(), live);
     auto* const onHeap = new TypeParam();
     onHeap->Put(1);
-    table[1](onHeap);
+    SlotAt(onHeap, 1)(onHeap);
     EXPECT_EQ(ArrayAllocations::Live(), live);
 }

@@ -1,4 +1,6 @@
 #include "VELSysTSUCSHashTable.h"
+#include "HashedElement.h"
+#include "VirtualTable.h"
 
 #include <algorithm>
 #include <atomic>
@@ -21,19 +23,7 @@ namespace {
 using testing::ElementsAre;
 using Table = VELSysTSUCSHashTable;
 
-/// An element whose hash is chosen, so that slots are.
-struct Element {
-    unsigned int hash;
-    int key;
-};
-
-unsigned int HashOf(void* element) {
-    return static_cast<Element*>(element)->hash;
-}
-
-int AreEqual(void* a, void* b) {
-    return static_cast<Element*>(a)->key == static_cast<Element*>(b)->key ? 1 : 0;
-}
+using namespace HashedElement;
 
 /// Requests that still succeed; negative for no limit.
 std::atomic<int> s_allocationsLeft = -1;
@@ -569,12 +559,7 @@ TEST(VELSysTSUCSHashTable, HasTheStatedFields) {
 
 namespace {
 
-template <class Pointer>
-long SlotOf(Pointer operation) {
-    long word;
-    std::memcpy(&word, &operation, sizeof word);
-    return (word - 1) / static_cast<long>(sizeof(void*));
-}
+using VirtualTable::SlotOf;
 
 struct LargerTable : Table {
     using Table::Table;

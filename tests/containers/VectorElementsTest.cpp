@@ -69,6 +69,7 @@ public:
 #define QORSYSTS_VECTOR ListOfBuckets
 #define QORSYSTS_VECTOR_SCOPE MapOfBuckets::
 #include "VectorMembers.inc"
+#include "VirtualTable.h"
 
 namespace {
 
@@ -490,29 +491,7 @@ TYPED_TEST(VectorShortage, KeepsWithinTheCapacityThatAFailedShrinkLeft) {
 
 namespace {
 
-/// The slot of a virtual operation in the virtual table.
-template <class Pointer>
-long SlotOf(Pointer operation) {
-    long word;
-    static_assert(sizeof operation >= sizeof word);
-    std::memcpy(&word, &operation, sizeof word);
-    return (word - 1) / static_cast<long>(sizeof(void*));
-}
-
-/// A class of which a further virtual operation takes the first free slot.
-template <class Base>
-class WithOneMore : public Base {
-public:
-    virtual void OneMore() {}
-};
-
-using Slot = void (*)(void*);
-
-Slot SlotAt(const void* object, int i) {
-    Slot* table;
-    std::memcpy(&table, object, sizeof table);
-    return table[i];
-}
+using namespace VirtualTable;
 
 template <class Vector>
 class VectorLayout : public testing::Test {};

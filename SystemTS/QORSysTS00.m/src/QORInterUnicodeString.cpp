@@ -115,7 +115,7 @@ Block Ensure(Block block, int length, bool keep, bool grow) {
     }
     const int newLength = QORInterUnicodeString::_NewLength(block, length, grow);
     if (keep && block->_capacity <= length && QORInterUnicodeString::_IsEnlargedInPlace(block)) {
-        return QORInterUnicodeString::_Enlarge(block, newLength);
+        return Enlarge<IsWide>(block, newLength);
     }
     const Block fresh = NewBlock<IsWide>(newLength);
     if (keep && !fresh->IsTheEmptyBlock()) {

@@ -331,30 +331,12 @@ Block AppendTexts(Block block, std::initializer_list<TextRange<UnitOf<IsWide>>> 
 template Block AppendTexts<false>(Block, std::initializer_list<TextRange<char>>, bool);
 template Block AppendTexts<true>(Block, std::initializer_list<TextRange<unsigned short>>, bool);
 
-namespace {
-
-/// Appends one text, which most of the time fits in.
-template <bool IsWide>
-Block AppendOne(Block block, const TextRange<UnitOf<IsWide>>& text) {
-    const std::int64_t length = std::int64_t{block->_length} + text.length;
-    if (block->_capacity <= length || !block->IsAlone() || text.length == 0) {
-        return AppendTexts<IsWide>(block, {text}, true);
-    }
-    auto* const units = Representation<IsWide>::Text(block);
-    *Copy(units + block->_length, text.text, text.length) = 0;
-    block->_length = static_cast<int>(length);
-    block->_MarkChanged();
-    return block;
-}
-
-} // namespace
-
 Block AppendText(Block block, Block text) {
     if (!block->IsWide() && !text->IsWide()) {
-        return AppendOne<false>(block, {text->Text(), text->_length});
+        return AppendTexts<false>(block, {{text->Text(), text->_length}}, true);
     }
     if (block->IsWide()) {
-        return AppendOne<true>(block, UTF16Of(text));
+        return AppendTexts<true>(block, {UTF16Of(text)}, true);
     }
     const UTF16Range own = UTF16Of(block);
     if (IsMissing(block, own)) {
