@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the libraries and the example program, and runs the program on the files given.
-#   ./run.sh FILE...
+# Builds the libraries and the example program, and runs the program on the directories given.
+#   ./run.sh DIRECTORY... [OPTIONS]    ./run.sh -help lists the options
 set -euo pipefail
 root=$(cd "$(dirname "$0")" && pwd)
 . "$root/tools/setup.sh"

@@ -1,148 +1,81 @@
-// Audits text files: reads each as narrow text, takes it to UTF-16 and back, and prints what became of it.
+// Audits text files: walks directories, reads each file as narrow text, takes it to UTF-16 and back, and prints what
+// became of it.
 //
-//   codepage_audit FILE...
+//   codepage_audit DIRECTORY... [-name=PATTERN] [-depth=N] [-output=FILE] [-help]
 //
 // One line per file: bytes, UTF-16 code units, code points, hash, lines, words, whether the bytes are valid UTF-8, and
 // whether the way to UTF-16 and back gives the same bytes. Then the ten most frequent words of all files. The exit code
-// is 0 when every file could be read, otherwise 1.
+// is 0 when everything could be read, 1 when something could not, 2 for a wrong command line.
 
-#include "QORSysTS.h"
+#include "AuditOptions.h"
+#include "DirectoryWalk.h"
+#include "TextAudit.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
-#include <optional>
-#include <string>
 #include <vector>
 
 namespace {
 
-constexpr int MostFrequent = 10;
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-/// The whole of a file, or nothing, with `errno` telling why.
-std::optional<std::string> ReadFile(const char* path) {
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path, "rb"));
-    if (file == nullptr) {
-        return std::nullopt;
-    }
-    std::string content;
-    char buffer[65536];
-    while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, file.get())) {
-        content.append(buffer, count);
-    }
-    if (std::ferror(file.get()) != 0) {
-        return std::nullopt;
-    }
-    return content;
-}
-
-/// The code points of a text; a unit that belongs to no pair counts as one.
-unsigned long CountCodePoints(const QORUnicodeString& text) {
-    const unsigned short* units = text.ConvertToUCChar();
-    const auto length = static_cast<unsigned long>(text.GetLengthInChar());
-    const auto codePoints = std::make_unique<unsigned int[]>(length + 1);
-    return static_cast<unsigned long>(VELSysUCAlgorithm::unchecked::utf16to32(units, units + length, codePoints.get()) -
-                                      codePoints.get());
-}
-
-/// True when the bytes come back from UTF-16 as they went in.
-bool SurvivesUTF16(const QORUnicodeString& text) {
-    QORUnicodeString wide;
-    wide.BuildFromUCChar(text.ConvertToUCChar(), text.GetLengthInChar());
-    return wide.GetLengthInByte() == text.GetLengthInByte() &&
-           std::memcmp(wide.ConvertToChar(), text.ConvertToChar(), static_cast<std::size_t>(text.GetLengthInByte())) ==
-               0;
-}
-
-int CountLines(const QORUnicodeString& text) {
-    VELVectorOfUnicodeString lines;
-    VEL::Split(text, QORUnicodeString("\n"), lines);
-    // Behind the last line feed no line has to follow.
-    QORUnicodeString last;
-    lines.Get(lines.GetLength() - 1, last);
-    return lines.GetLength() - (last.IsEmpty() ? 1 : 0);
-}
-
-/// Adds the words of a text, in lower case and without punctuation around them. @return Their number.
-int CollectWords(const QORUnicodeString& text, VELVectorOfUnicodeString& words) {
-    const int before = words.GetLength();
-    QORToken tokens(text, 0);
-    unsigned char found = 0;
-    const QORUnicodeString delimiters(" \t\r\n.,;:!?()[]{}<>\"'`*#|/\\=+-");
-    for (QORUnicodeString word = tokens.GetNextToken(delimiters, &found); found != 0;
-         word = tokens.GetNextToken(delimiters, &found)) {
-        words.PutBack(word.ToLower());
-    }
-    return words.GetLength() - before;
-}
-
-struct Frequency {
-    QORUnicodeString word;
-    int count;
-};
-
-void PrintMostFrequent(VELVectorOfUnicodeString& words) {
-    words.Sort([](const QORUnicodeString* a, const QORUnicodeString* b) { return a->SortCompare(*b); });
-    std::vector<Frequency> frequencies;
-    for (int i = 0; i < words.GetLength(); ++i) {
-        const QORUnicodeString& word = *words.GetAsPtr(i);
-        if (frequencies.empty() || frequencies.back().word != word) {
-            frequencies.push_back({word, 0});
+int Run(const AuditOptions& options, std::FILE* report) {
+    std::vector<VELSysPath> files;
+    DirectoryWalk walk(options.pattern, options.depth);
+    for (const char* location : options.locations) {
+        const VELSysPath path{QORUnicodeString(location)};
+        if (path.IsDirectory(0)) {
+            walk.Collect(path, files);
+        } else {
+            files.push_back(path);
         }
-        ++frequencies.back().count;
     }
-    const auto shown = std::min<std::size_t>(MostFrequent, frequencies.size());
-    std::partial_sort(frequencies.begin(), frequencies.begin() + static_cast<std::ptrdiff_t>(shown), frequencies.end(),
-                      [](const Frequency& a, const Frequency& b) {
-                          return a.count != b.count ? a.count > b.count : a.word < b.word;
-                      });
-    for (std::size_t i = 0; i < shown; ++i) {
-        std::printf("%8d  %s\n", frequencies[i].count, frequencies[i].word.ConvertToChar());
+    TextAudit audit(report);
+    std::size_t read = 0;
+    for (const VELSysPath& file : files) {
+        read += audit.Audit(file) ? 1 : 0;
     }
+    audit.WriteMostFrequentWords();
+    std::fprintf(report, "%zu of %zu files audited\n", read, files.size());
+    return read == files.size() && walk.Failures() == 0 ? 0 : 1;
 }
 
-void Audit(const char* path, const std::string& content, VELVectorOfUnicodeString& words) {
-    const QORUnicodeString text(content.data(), content.size());
-    const char* bytes = content.data();
-    const bool isUTF8 = VELSysUCAlgorithm::IsUTF8(bytes, content.size()) == 0;
-    std::printf("%s: %zu bytes, %d code units, %lu code points, hash %08x, %d lines, %d words, %s UTF-8, "
-                "UTF-16 and back: %s",
-                path, content.size(), text.GetLengthInChar(), CountCodePoints(text), text.ComputeHashKey(),
-                CountLines(text), CollectWords(text, words), isUTF8 ? "valid" : "not valid",
-                SurvivesUTF16(text) ? "the same" : "differs");
-    // Narrow text ends at its first zero byte.
-    if (static_cast<std::size_t>(text.GetLengthInByte()) < content.size()) {
-        std::printf(", zero byte at %d", text.GetLengthInByte());
+int RunWithReport(const AuditOptions& options) {
+    if (options.output.IsEmpty()) {
+        return Run(options, stdout);
     }
-    std::putchar('\n');
+    std::FILE* report = nullptr;
+    int result = 1;
+    int status = VELSysLocalFileOpen(options.output, "w", report);
+    if (status == VEL::StatusOk) {
+        result = Run(options, report);
+        status = VELSysLocalFileClose(report);
+    }
+    if (status != VEL::StatusOk) {
+        std::fprintf(stderr, "codepage_audit: %s cannot be written: %s\n", options.output.ConvertToChar(),
+                     std::strerror(errno));
+        return 1;
+    }
+    return result;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: %s FILE...\n", argv[0]);
-        return 2;
-    }
     QORSysNewSessionTS(0, 0, nullptr);
-    VELVectorOfUnicodeString words;
-    int unread = 0;
-    for (int i = 1; i < argc; ++i) {
-        if (const std::optional<std::string> content = ReadFile(argv[i])) {
-            Audit(argv[i], *content, words);
+    VELSysMainInitialize(argc, argv, VELSysMainStoreArguments);
+    int result = 0;
+    {
+        AuditOptions options;
+        if (!ReadOptions(argc, argv, options)) {
+            PrintUsage(stderr, argv[0]);
+            result = 2;
+        } else if (options.help) {
+            PrintUsage(stdout, argv[0]);
         } else {
-            std::fprintf(stderr, "%s: cannot be read: %s\n", argv[i], std::strerror(errno));
-            ++unread;
+            result = RunWithReport(options);
         }
     }
-    PrintMostFrequent(words);
-    std::printf("%d of %d files audited\n", argc - 1 - unread, argc - 1);
+    VELSysMainFinalize();
     QORSysEndSessionTS(0);
-    return unread == 0 ? 0 : 1;
+    return result;
 }

@@ -1,8 +1,9 @@
 /// @file
-/// The calls that the session and the strings make upward.
+/// The calls that go upward: from strings, session, environment and paths.
 ///
-/// Strings and the session frame stand at the bottom; what they start, end or ask belongs to higher rooms. Each of
-/// these functions is declared here alone, so that no header of a higher room reaches down.
+/// Strings and the session frame stand at the bottom, environment and paths above them; what they start, end, ask or
+/// report belongs to higher rooms. Each of these functions is declared here alone, so that no lower room includes a
+/// header of a higher one.
 #pragma once
 
 struct VELSysNLSEnv;
@@ -18,9 +19,6 @@ int RegisterNLSChangeHook(void (*hook)(const VELSysNLSEnv&));
 /// Language core: longest multi-byte character in bytes.
 long VELGetMultiByteCharMaxSize();
 
-/// Argument store: the session keeps the command line of `main` there.
-int VELSysTSSetArg(int argc, char** argv);
-
 /// Watchdog: the session starts and ends it for `main`.
 int VELSysWatchDogInitialize(int argc, const char** argv, const char** envp, int keepSignals);
 void VELSysWatchDogFinalize();
@@ -28,11 +26,22 @@ void VELSysWatchDogFinalize();
 /// Trace manager: made at initialisation; `*created` becomes 1 when this call made it.
 int VELSysTraceCreateManager(const char* options, int* created);
 void VELSysTraceDestroyManager();
+/// Trace: makes the trace `name`; `*handle` stays as it was, usually null, when the configuration doesn't name it. What
+/// stands below the traces reports through such a handle.
+void VELSysTraceCreate__(void** handle, const char* name);
+void VELSysTraceDestroy__(void** handle);
+
+/// Application: a variable of the current context, then of the main context; null when neither has it. The lookup of a
+/// variable goes on there when the process doesn't know it.
+const char* VELSysNeutralCoreApplicationGetEnvironmentVariableA(const char* name);
 
 namespace VEL::internal {
 
 /// Application: makes the context manager and its "Main" context, unless they exist.
 void EnsureMainContext();
+
+/// Trace: writes a line of level Info. `trace` is a handle that VELSysTraceCreate__() has filled.
+int TraceInfo(void* trace, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 /// Stack traces: prints the calling stack on standard output. The warnings of the narrow string show it.
 void PrintStackTrace();

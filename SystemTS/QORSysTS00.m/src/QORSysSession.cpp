@@ -5,6 +5,7 @@
 #include "UpwardCalls.h"
 #include "VELString.h"
 #include "VELSysLifeCycle.h"
+#include "VELSysTSArg.h"
 
 #include <atomic>
 #include <cstring>

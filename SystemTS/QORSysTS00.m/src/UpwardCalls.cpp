@@ -1,4 +1,4 @@
-// Language core, argument store, watchdog, trace manager, application context and converter registry, for as long as
+// Language core, watchdog, trace manager, application context and converter registry, for as long as
 // none of them is there: each answers as it does while nothing is configured. Whoever brings one takes its lines away.
 
 #include "UpwardCalls.h"
@@ -33,10 +33,6 @@ long VELGetMultiByteCharMaxSize() {
     return 1;
 }
 
-int VELSysTSSetArg(int, char**) {
-    return VEL::StatusOk;
-}
-
 int VELSysWatchDogInitialize(int, const char**, const char**, int) {
     return 0;
 }
@@ -48,6 +44,20 @@ int VELSysTraceCreateManager(const char*, int*) {
 }
 
 void VELSysTraceDestroyManager() {}
+
+void VELSysTraceCreate__(void**, const char*) {}
+
+void VELSysTraceDestroy__(void** handle) {
+    *handle = nullptr;
+}
+
+int VEL::internal::TraceInfo(void*, const char*, ...) {
+    return -1;
+}
+
+const char* VELSysNeutralCoreApplicationGetEnvironmentVariableA(const char*) {
+    return nullptr;
+}
 
 void VEL::internal::EnsureMainContext() {}
 

@@ -1,0 +1,1 @@
+qor_add_benchmark(EnvironmentBenchmark SOURCES EnvironmentBenchmark.cpp LINK QORSysTS)

@@ -1,0 +1,1 @@
+qor_add_fuzzer(VELSysPathFuzz SOURCES VELSysPathFuzz.cpp LINK QORSysTS_static)

@@ -1,0 +1,91 @@
+#!/usr/bin/env bash
+# Runs the audit on a tree of its own and looks at what it reports.
+#   codepage_audit_test.sh CASE PROGRAM
+set -euo pipefail
+program=$2
+tree=$(mktemp -d)
+trap 'rm -rf "$tree"' EXIT
+
+mkdir -p "$tree/deep/deeper"
+printf 'one two\n' >"$tree/a.txt"
+printf 'Zahnr\303\244der\n' >"$tree/deep/b.txt"
+printf 'caf\351\n' >"$tree/deep/deeper/c.log"
+ln -s .. "$tree/deep/up"
+mkfifo "$tree/deep/pipe"
+
+fail() {
+    printf '%s\n' "$1" >&2
+    exit 1
+}
+
+# expect <wanted status> <wanted report>: what the program gave, the figures of each file left out.
+expect() {
+    [ "$status" -eq "$1" ] || fail "status $status instead of $1"
+    diff <(printf '%s\n' "$2") <(sed -n "s|^$tree/\([^:]*\):.*, \(.*valid UTF-8\), UTF-16 and back: \(.*\)|\1 \2 \3|p
+        /files audited/p" <<<"$report") || fail "the report differs"
+}
+
+# audit <options>: runs the program over the tree.
+audit() {
+    status=0
+    report=$(timeout 60 "$program" "$@" 2>"$tree.err") || status=$?
+    errors=$(<"$tree.err")
+    rm -f "$tree.err"
+}
+
+case $1 in
+WalksATree)
+    audit "$tree"
+    expect 0 "a.txt valid UTF-8 the same
+deep/b.txt valid UTF-8 the same
+deep/deeper/c.log not valid UTF-8 differs
+3 of 3 files audited"
+    grep -qx ' *1  zahnräder' <<<"$report" || fail "a word is missing"
+    ;;
+KeepsToThePattern)
+    audit "$tree" '-name=*.log'
+    expect 0 "deep/deeper/c.log not valid UTF-8 differs
+1 of 1 files audited"
+    ;;
+KeepsToTheDepth)
+    audit --depth=1 "$tree"
+    expect 0 "a.txt valid UTF-8 the same
+deep/b.txt valid UTF-8 the same
+2 of 2 files audited"
+    audit -depth=two "$tree"
+    [ "$status" -eq 2 ] || fail "status $status for a depth that is no number"
+    grep -q 'depth=two' <<<"$errors" || fail "the depth isn't named: $errors"
+    ;;
+WritesToAFile)
+    audit "$tree" -depth=0 "-output=$tree.report"
+    [ -z "$report" ] || fail "the report went to standard output as well"
+    report=$(<"$tree.report")
+    rm -f "$tree.report"
+    expect 0 "a.txt valid UTF-8 the same
+1 of 1 files audited"
+    audit "$tree" "-output=$tree/none/report"
+    [ "$status" -eq 1 ] || fail "status $status for a report that can't be written"
+    grep -q 'none/report cannot be written: No such file' <<<"$errors" || fail "the cause isn't told: $errors"
+    ;;
+PrintsItsUsage)
+    audit -help
+    [ "$status" -eq 0 ] || fail "status $status"
+    grep -q '^usage: .* DIRECTORY' <<<"$report" || fail "no usage: $report"
+    audit
+    [ "$status" -eq 2 ] || fail "status $status without a directory"
+    ;;
+RefusesUnknownOptions)
+    audit "$tree" -nome='*.txt'
+    [ "$status" -eq 2 ] || fail "status $status"
+    [ -z "$report" ] || fail "something was audited"
+    grep -qF 'unknown option -nome=*.txt' <<<"$errors" || fail "the option isn't named: $errors"
+    grep -q '^usage: ' <<<"$errors" || fail "no usage: $errors"
+    ;;
+ReportsWhatCannotBeRead)
+    ln -s gone "$tree/deep/dangling"
+    audit "$tree/deep" -depth=0
+    [ "$status" -eq 1 ] || fail "status $status"
+    grep -q 'dangling: cannot be read: No such file' <<<"$errors" || fail "the cause isn't told: $errors"
+    ;;
+*) fail "unknown case $1" ;;
+esac
