@@ -1,14 +1,13 @@
 // The argument store: an input is a command line of pieces with zero bytes between them. Each option that a piece names
 // is there; what is added and reset afterwards is found and gone.
 
+#include "CommandLineInput.h"
 #include "QORUnicodeString.h"
 #include "StringFuzz.h"
 #include "VELSysStatus.h"
 #include "VELSysTSArg.h"
 
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -37,29 +36,15 @@ void AddAndReset(const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const bool isUTF8 = (StringFuzz::UseUTF8(), true);
-    std::vector<std::string> texts{"program"};
-    std::string piece;
-    for (std::size_t i = 0; i < size; ++i) {
-        if (data[i] == 0) {
-            texts.push_back(std::exchange(piece, {}));
-        } else {
-            piece.push_back(static_cast<char>(data[i]));
-        }
-    }
-    texts.push_back(piece);
-    std::vector<char*> argv;
-    for (std::string& text : texts) {
-        argv.push_back(text.data());
-    }
-    argv.push_back(nullptr);
-    Require(isUTF8 && VELSysTSSetArg(static_cast<int>(texts.size()), argv.data()) == VEL::StatusOk);
-    for (const std::string& text : texts) {
+    CommandLineInput line(data, size);
+    Require(isUTF8 && VELSysTSSetArg(line.Count(), line.Arguments()) == VEL::StatusOk);
+    for (const std::string& text : line.Texts()) {
         int hasValue = 7;
         int isAdded = 0;
         const int status = Get(text.empty() ? text : text.substr(1), hasValue, isAdded);
         Require(status == VEL::StatusNotFound || (status == VEL::StatusOk && isAdded == 0));
         Require(status != VEL::StatusOk || hasValue == 0 || hasValue == 1);
     }
-    AddAndReset(texts.back());
+    AddAndReset(line.Texts().back());
     return 0;
 }

@@ -1,20 +1,10 @@
 // The splitter of command lines against its rules written down once more.
 
 #include "PlainCommandLine.h"
+#include "StringFuzz.h"
 #include "VELSysEnviron.h"
 
-#include <cstdint>
-#include <cstdlib>
-
-namespace {
-
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
-
-} // namespace
+using StringFuzz::Require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string line(std::string(reinterpret_cast<const char*>(data), size).c_str());

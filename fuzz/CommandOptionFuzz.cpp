@@ -1,39 +1,14 @@
 // The option parser: an input is a command line of pieces with zero bytes between them. Whatever it is, counters and
 // first values fit together.
 
+#include "CommandLineInput.h"
+#include "StringFuzz.h"
 #include "VELSysEnviron.h"
 
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-#include <utility>
-#include <vector>
-
-namespace {
-
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
-
-} // namespace
+using StringFuzz::Require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::vector<std::string> texts{"program"};
-    std::string piece;
-    for (std::size_t i = 0; i < size; ++i) {
-        if (data[i] == 0) {
-            texts.push_back(std::exchange(piece, {}));
-        } else {
-            piece.push_back(static_cast<char>(data[i]));
-        }
-    }
-    texts.push_back(piece);
-    std::vector<char*> argv;
-    for (std::string& text : texts) {
-        argv.push_back(text.data());
-    }
+    CommandLineInput line(data, size);
     int flag = 7;
     int need = 7;
     int any = 7;
@@ -49,12 +24,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         {nullptr, 0, nullptr, nullptr}};
     VELSysEnvironCommandShortOptionStruct shortOptions[] = {{'a', &a}, {'b', &b}, {0, nullptr}};
     int errorIndex = -1;
-    const int count = static_cast<int>(argv.size());
-    const int result = VELSysEnvironParseCommandOptionA(count, argv.data(), longOptions, shortOptions, &errorIndex);
+    const int count = line.Count();
+    const int result =
+        VELSysEnvironParseCommandOptionA(count, line.Arguments(), longOptions, shortOptions, &errorIndex);
     Require(result == 0 || result == -1);
     Require(result == 0 ? errorIndex == 0 : errorIndex > 0 && errorIndex < count);
     for (char** const value : {needValue, anyValue}) {
-        Require(value == nullptr || (value > argv.data() && value < argv.data() + count));
+        Require(value == nullptr || (value > line.Arguments() && value < line.Arguments() + count));
     }
     if (result == 0) {
         Require(flag <= 1 && a <= 1 && b <= 1);

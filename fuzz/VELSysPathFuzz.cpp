@@ -1,10 +1,10 @@
 #include "PathAccess.h"
+#include "StringFuzz.h"
 #include "VELSysPathType.h"
 #include "VELSysStatus.h"
 #include "VELSysUCAlgorithm.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -12,13 +12,8 @@
 
 namespace {
 
+using StringFuzz::Require;
 using VEL::internal::PathAccess;
-
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 const VELSysPathImpl& ImplOf(const VELSysPath& path) {
     return *PathAccess::Of(path);

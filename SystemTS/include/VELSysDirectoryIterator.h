@@ -13,7 +13,8 @@ class VELSysDirectoryIteratorImpl;
 /// which is closed as soon as it ends.
 ///
 /// The path that is listed must outlive the iterator and all its copies, those of a finished one and of
-/// VELSysPath::End() too: the iterator refers to it and can't tell when it is gone. An iterator belongs to one thread.
+/// VELSysPath::End() too: the iterator refers to it and can't tell when it is gone. Move assignment to that path counts
+/// as its end. An iterator belongs to one thread.
 ///
 /// @code
 /// for (VELSysDirectoryIterator it = path.Begin(&rc); it != path.End(); ++it) {

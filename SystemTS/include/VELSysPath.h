@@ -124,7 +124,7 @@ private:
     /// Asks the file system for the status of a local path or a logical name, into the cache.
     QORSYSTS_PRIVATE int _AskSystem();
     /// True when the mode of the location has `bit`.
-    QORSYSTS_PRIVATE bool _HasModeBit(unsigned int bit, int refresh);
+    QORSYSTS_PRIVATE bool _HasMode(bool (*isMode)(unsigned int), int refresh);
     QORSYSTS_PRIVATE bool _IsAccessible(int permission);
 
     char* _path;                  ///< UTF-8 with a terminator, from `malloc`; may be null.
@@ -283,8 +283,9 @@ public:
     ///
     /// The directory itself is opened by its name. From there the way down goes from open directory to open directory
     /// and never through a symbolic link: a link in the tree is removed itself, whatever it points at, and nothing that
-    /// doesn't stand in the tree is listed or removed, also while others exchange directories for links under it. Depth
-    /// is bounded neither by descriptors nor by the stack.
+    /// did not stand in the tree is listed or removed, also while others exchange directories for links under it. A
+    /// directory that others move out of the tree while it is being emptied may still be emptied. Depth is bounded
+    /// neither by descriptors nor by the stack. What is neither file nor directory, such as a pipe, is left.
     /// @return 0; VEL::StatusFailure for what is neither file nor directory; VEL::StatusNotEmpty for a directory in
     ///         which something is left; otherwise the failure of the system.
     int Remove(int recursive);

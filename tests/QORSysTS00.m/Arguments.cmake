@@ -9,6 +9,6 @@ qor_add_test(VELSysTSArgThreadsTest SOURCES StringEnvironment.cpp VELSysTSArgThr
 qor_wrap(VELSysTSArgThreadsTest ${string_environment})
 
 qor_add_test(VELSysGetCmdLineArgsTest
-  SOURCES FailingNew.cpp HeapLog.cpp StringEnvironment.cpp VELSysGetCmdLineArgsTest.cpp LINK QORSysTS_static)
+  SOURCES FailingNew.cpp HeapLog.cpp VELSysGetCmdLineArgsTest.cpp LINK QORSysTS_static)
 qor_wrap(VELSysGetCmdLineArgsTest ${string_environment} malloc realloc free _Z13VELDebugBreaki
-         _Znwm _Znam _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t open read)
+         _Znwm _Znam _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t _Z14VELSysTSSetArgiPPc open read)

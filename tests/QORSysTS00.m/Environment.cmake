@@ -3,6 +3,9 @@
 set(environment_calls
   _Z19VELSysTraceCreate__PPvPKc _Z20VELSysTraceDestroy__PPv _ZN3VEL8internal9TraceInfoEPvPKcz
   _Z51VELSysNeutralCoreApplicationGetEnvironmentVariableAPKc _Z21VELGetMainInstallPathv)
+# How the parts of a manager come and go.
+set(environment_parts
+  _ZN10VELSysListC2Eib _ZN10VELSysList9removeallEv _ZN15VELSysHashTableC2Eii _ZdaPv _ZdlPv _ZdlPvm)
 set(environment_heap
   malloc realloc free _Z13VELDebugBreaki _Znwm _Znam _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t)
 
@@ -15,10 +18,12 @@ qor_add_test(VELSysEnvironmentManagerTest
     VELSysEnvironmentExpansionTest.cpp
     VELSysEnvironmentListsTest.cpp
     VELSysEnvironmentManagerTest.cpp
+    VELSysEnvironmentPartsTest.cpp
     VELSysEnvironmentShortageTest.cpp
     VELSysEnvironTest.cpp
   LINK QORSysTS_static ONE_THREAD)
-qor_wrap(VELSysEnvironmentManagerTest ${string_environment} ${environment_calls} ${environment_heap})
+qor_wrap(VELSysEnvironmentManagerTest ${string_environment} ${environment_calls} ${environment_parts}
+         ${environment_heap})
 
 qor_add_test(VELSysCommandLineTest
   SOURCES VELSysCommandLineTest.cpp VELSysCommandOptionTest.cpp LINK QORSysTS_static EXHAUSTIVE ONE_THREAD)
@@ -36,7 +41,7 @@ qor_add_test(VELSysDevelopmentStageTest
 target_compile_definitions(VELSysDevelopmentStageTest PRIVATE
   WITH_DEV_PHASE="${CMAKE_CURRENT_BINARY_DIR}/DevPhase" WITH_OTHER_DEV_PHASE="${CMAKE_CURRENT_BINARY_DIR}/OtherDevPhase")
 add_dependencies(VELSysDevelopmentStageTest QORSysTSTestDevPhase QORSysTSTestOtherDevPhase)
-qor_wrap(VELSysDevelopmentStageTest ${environment_heap} _Z13VELSysGetEnvAPmPcmPKc _Z26VELSysLifeCycleDynamicLoadPKcPPv
+qor_wrap(VELSysDevelopmentStageTest ${environment_heap} _ZdlPv _ZdlPvm _Z13VELSysGetEnvAPmPcmPKc _Z26VELSysLifeCycleDynamicLoadPKcPPv
          _Z33VELSysLifeCycleDynamicGetFunctionPvPKc _Z28VELSysLifeCycleDynamicUnloadPv)
 
 qor_add_test(VELSysOfficialVariableManagerTest

@@ -15,6 +15,9 @@ int s_traceObject = 0;
 extern "C" void __wrap__Z19VELSysTraceCreate__PPvPKc(void** handle, const char* name) {
     EXPECT_EQ(*handle, nullptr);
     traces.push_back(std::string("create ") + name);
+    if (insideTraceCreate != nullptr) {
+        insideTraceCreate();
+    }
     if (isTraced) {
         *handle = &s_traceObject;
     }
@@ -22,6 +25,9 @@ extern "C" void __wrap__Z19VELSysTraceCreate__PPvPKc(void** handle, const char* 
 
 extern "C" void __wrap__Z20VELSysTraceDestroy__PPv(void** handle) {
     traces.push_back(*handle != nullptr ? "destroy" : "destroy null");
+    if (insideTraceDestroy != nullptr) {
+        insideTraceDestroy();
+    }
     *handle = nullptr;
 }
 

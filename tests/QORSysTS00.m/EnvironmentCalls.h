@@ -12,6 +12,9 @@ namespace EnvironmentCalls {
 inline bool isTraced = false;
 /// Traces made, by name, and destroyed handles, in order.
 inline std::vector<std::string> traces;
+/// Run, when set, as a trace is made and as a handle is destroyed.
+inline void (*insideTraceCreate)() = nullptr;
+inline void (*insideTraceDestroy)() = nullptr;
 /// The Info lines.
 inline std::vector<std::string> lines;
 

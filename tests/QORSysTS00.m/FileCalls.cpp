@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -30,6 +31,7 @@ using FileCalls::s_changes;
 
 extern "C" {
 
+DIR* __real_opendir(const char* name);
 dirent64* __real_readdir64(DIR* directory);
 int __real_closedir(DIR* directory);
 int __real_fnmatch(const char* pattern, const char* name, int flags);
@@ -40,7 +42,17 @@ int __real_setxattr(const char* path, const char* name, const void* value, size_
 int __real_removexattr(const char* path, const char* name);
 ssize_t __real_listxattr(const char* path, char* list, size_t size);
 ssize_t __real_getxattr(const char* path, const char* name, void* value, size_t size);
+ssize_t __real_getrandom(void* target, size_t size, unsigned int flags);
+void __real__ZdaPv(void* block);
 int __real_getpwuid_r(uid_t user, passwd* entry, char* buffer, size_t size, passwd** result);
+
+DIR* __wrap_opendir(const char* name) {
+    if (s_changes == nullptr || s_changes->opendirError == 0) {
+        return __real_opendir(name);
+    }
+    errno = s_changes->opendirError;
+    return nullptr;
+}
 
 dirent64* __wrap_readdir64(DIR* directory) {
     if (s_changes != nullptr && s_changes->readdirCallsBeforeError >= 0 && s_changes->readdirCallsBeforeError-- == 0) {
@@ -64,7 +76,11 @@ int __wrap_fnmatch(const char* pattern, const char* name, int flags) {
         return __real_fnmatch(pattern, name, flags);
     }
     ++s_changes->fnmatchCalls;
-    return s_changes->fnmatchResult != -1 ? s_changes->fnmatchResult : __real_fnmatch(pattern, name, flags);
+    const int result = s_changes->fnmatchResult != -1 ? s_changes->fnmatchResult : __real_fnmatch(pattern, name, flags);
+    if (s_changes->fnmatchErrno != 0) {
+        errno = s_changes->fnmatchErrno;
+    }
+    return result;
 }
 
 ssize_t __wrap_sendfile(int target, int source, off_t* offset, size_t count) {
@@ -92,10 +108,14 @@ size_t __wrap_fread(void* target, size_t size, size_t count, FILE* file) {
 int __wrap_fclose(FILE* file) {
     const bool isWritten = (fcntl(fileno(file), F_GETFL) & O_ACCMODE) == O_WRONLY;
     const int result = __real_fclose(file);
-    if (s_changes == nullptr || s_changes->fcloseError == 0 || !isWritten) {
+    if (s_changes == nullptr) {
         return result;
     }
-    errno = s_changes->fcloseError;
+    const int error = isWritten ? s_changes->fcloseError : s_changes->fcloseErrorOfReader;
+    if (error == 0) {
+        return result;
+    }
+    errno = error;
     return EOF;
 }
 
@@ -116,6 +136,11 @@ int __wrap_removexattr(const char* path, const char* name) {
 }
 
 ssize_t __wrap_listxattr(const char* path, char* list, size_t size) {
+    if (size != 0 && s_changes != nullptr && s_changes->listsOutOfRange > 0) {
+        --s_changes->listsOutOfRange;
+        errno = ERANGE;
+        return -1;
+    }
     const ssize_t result = __real_listxattr(path, list, size);
     if (size == 0 && s_changes != nullptr && s_changes->afterSizeOfList) {
         s_changes->afterSizeOfList();
@@ -124,11 +149,33 @@ ssize_t __wrap_listxattr(const char* path, char* list, size_t size) {
 }
 
 ssize_t __wrap_getxattr(const char* path, const char* name, void* value, size_t size) {
+    if (s_changes != nullptr && s_changes->getxattrError != 0) {
+        errno = s_changes->getxattrError;
+        s_changes->getxattrError = 0;
+        return -1;
+    }
     const ssize_t result = __real_getxattr(path, name, value, size);
     if (size == 0 && s_changes != nullptr && s_changes->afterSizeOfValue) {
         s_changes->afterSizeOfValue();
     }
     return result;
+}
+
+ssize_t __wrap_getrandom(void* target, size_t size, unsigned int flags) {
+    if (s_changes == nullptr || !s_changes->randomNumber.has_value() || size != sizeof *s_changes->randomNumber) {
+        return __real_getrandom(target, size, flags);
+    }
+    std::memcpy(target, &*s_changes->randomNumber, size);
+    s_changes->randomNumber.reset();
+    return static_cast<ssize_t>(size);
+}
+
+// operator delete[](void*)
+void __wrap__ZdaPv(void* block) {
+    if (s_changes != nullptr && block != nullptr && block == s_changes->watchedArray) {
+        ++s_changes->watchedArrayReleases;
+    }
+    __real__ZdaPv(block);
 }
 
 int __wrap_getpwuid_r(uid_t user, passwd* entry, char* buffer, size_t size, passwd** result) {

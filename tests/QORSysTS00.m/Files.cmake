@@ -2,7 +2,8 @@
 set(file_calls
   ${string_environment}
   _Z20VELSysGetCmdLineArgsRiRPPc _ZN3VEL8internal8HttpInfoEv _ZN3VEL8internal11GetRealPathEv
-  readdir64 closedir fnmatch sendfile fread fclose setxattr removexattr listxattr getxattr getpwuid_r)
+  opendir readdir64 closedir fnmatch sendfile fread fclose setxattr removexattr listxattr getxattr getpwuid_r getrandom
+  _ZdaPv)
 
 qor_add_test(FilesTest
   SOURCES

@@ -3,6 +3,7 @@
 /// they are read.
 
 #include "VELSysADS.h"
+#include "Child.h"
 #include "FileCalls.h"
 #include "ScratchDirectory.h"
 
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 namespace {
 
@@ -254,7 +256,43 @@ TEST_F(VELSysADSStringTest, AValueThatGoesMeanwhileEndsTheWalk) {
     EXPECT_TRUE(Listed().empty());
 }
 
+TEST_F(VELSysADSStringTest, AListThatGrowsForEverIsGivenUp) {
+    Set("user.a", "1");
+    Changes changes;
+    changes.listsOutOfRange = 1000;
+    VELSysADSStringList(&list, path.c_str());
+    EXPECT_EQ(list.Count(), 0);
+    EXPECT_GT(changes.listsOutOfRange, 0);
+}
+
+TEST_F(VELSysADSStringTest, AFailingReadOfAValueEndsTheWalk) {
+    Set("user.a", "1");
+    Set("user.b", "2");
+    Changes changes;
+    changes.getxattrError = EIO;
+    VELSysADSStringList(&list, path.c_str());
+    EXPECT_EQ(list.Count(), 0) << "the other one isn't listed";
+}
+
 // Reports.
+
+CHILD_PROGRAM(RefusesTextsAndIsGone) {
+    Changes changes;
+    changes.setxattrError = EROFS;
+    changes.removexattrError = EROFS;
+    if (arguments.at(0) == "set") {
+        VELSysADSStringSet("user.a", "v", "/", 0);
+    } else {
+        VELSysADSStringDel("user.a", "/");
+    }
+    _exit(0);
+}
+
+TEST(VELSysADSMessage, IsWrittenAtOnce) {
+    EXPECT_EQ(RunChild("RefusesTextsAndIsGone", {.set = {}, .arguments = {"set"}}).out,
+              "The file system is mounted read-only\n");
+    EXPECT_EQ(RunChild("RefusesTextsAndIsGone", {.set = {}, .arguments = {"delete"}}).out, "Unknow error.\n");
+}
 
 struct Message {
     int error;

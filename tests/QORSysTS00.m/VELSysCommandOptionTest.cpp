@@ -105,6 +105,16 @@ TEST_F(Options, TakeNumbersAsValues) {
     EXPECT_EQ(Parse({"--need", "-5", "-0x"}), 0);
     EXPECT_EQ(need, 3);
     ExpectFailureAt(1, {"-5"});
+    EXPECT_EQ(Parse({"--any", "-0", "-9"}), 0);
+    EXPECT_EQ(any, 3);
+}
+
+TEST_F(Options, BeginWithADashAndNoDigit) {
+    // The neighbours of the digits.
+    for (const char* const argument : {"-/", "-:"}) {
+        ExpectFailureAt(2, {"--any", argument});
+        EXPECT_EQ(any, 1) << argument;
+    }
 }
 
 TEST_F(Options, TakeEmptyValues) {
@@ -172,6 +182,12 @@ TEST_F(Options, ThatNeedAValueMayStandLastWithoutOne) {
     EXPECT_EQ(need, 1);
 }
 
+TEST_F(Options, ThatNeedAValueHaveItWithTheFirst) {
+    EXPECT_EQ(Parse({"--need", "x", "--flag"}), 0);
+    EXPECT_EQ(need, 2);
+    EXPECT_EQ(flag, 1);
+}
+
 TEST_F(Options, ThatAreShortLeaveTheLongOne) {
     EXPECT_EQ(Parse({"--any", "x", "-a", "y"}), 0);
     EXPECT_EQ(any, 3);
@@ -236,6 +252,18 @@ TEST_F(Options, OfAShortTableEndAtTheZeroCharacter) {
     EXPECT_EQ(Parse({"-a"}), 0);
     EXPECT_EQ(b, 0);
     ExpectFailureAt(1, {"-b"});
+}
+
+TEST_F(Options, BehindTheZeroCharacterAreNotTouched) {
+    int end = 7;
+    VELSysEnvironCommandShortOptionStruct table[] = {{'a', &a}, {0, &end}, {'b', &b}, {0, nullptr}};
+    char program[] = "program";
+    char option[] = "-a";
+    char* arguments[] = {program, option, nullptr};
+    EXPECT_EQ(VELSysEnvironParseCommandOptionA(2, arguments, nullptr, table, &errorIndex), 0);
+    EXPECT_EQ(a, 1);
+    EXPECT_EQ(end, 0);
+    EXPECT_EQ(b, 7);
 }
 
 TEST_F(Options, WithoutAPlaceForTheFirstValueAreCounted) {

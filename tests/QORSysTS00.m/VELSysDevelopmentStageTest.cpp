@@ -16,6 +16,8 @@ namespace {
 std::vector<std::string> s_calls;
 /// What VELSysGetEnvA() knows, or null as on this platform.
 const char* s_variable = nullptr;
+/// Objects given back so far.
+int s_deleted = 0;
 
 int Stage() {
     int stage = 77;
@@ -53,6 +55,18 @@ extern "C" int __real__Z28VELSysLifeCycleDynamicUnloadPv(void* handle);
 extern "C" int __wrap__Z28VELSysLifeCycleDynamicUnloadPv(void* handle) {
     s_calls.push_back("unload");
     return __real__Z28VELSysLifeCycleDynamicUnloadPv(handle);
+}
+
+extern "C" void __real__ZdlPv(void* block);
+extern "C" void __wrap__ZdlPv(void* block) {
+    ++s_deleted;
+    __real__ZdlPv(block);
+}
+
+extern "C" void __real__ZdlPvm(void* block, std::size_t size);
+extern "C" void __wrap__ZdlPvm(void* block, std::size_t size) {
+    ++s_deleted;
+    __real__ZdlPvm(block, size);
 }
 
 CHILD_PROGRAM(PrintsTheStage) {
@@ -101,6 +115,24 @@ TEST(VELSysDevelopmentStage, IsFoundOutAgainAfterAClear) {
     EXPECT_EQ(Stage(), 0);
     EXPECT_EQ(s_calls, (std::vector<std::string>{"size of QORDevelopmentStage", "load PZ4DevPhase"}));
     VELSysDevelopmentStageClear();
+    VELSysDevelopmentStageClear();
+}
+
+TEST(VELSysDevelopmentStage, GivesItsObjectBackOnceCleared) {
+    Stage();
+    s_deleted = 0;
+    VELSysDevelopmentStageClear();
+    EXPECT_EQ(s_deleted, 1);
+    VELSysDevelopmentStageClear();
+    EXPECT_EQ(s_deleted, 1);
+}
+
+TEST(VELSysDevelopmentStage, StartsAtZeroAgainAfterAClear) {
+    s_variable = "YES";
+    EXPECT_EQ(Stage(), 1);
+    VELSysDevelopmentStageClear();
+    s_variable = nullptr;
+    EXPECT_EQ(Stage(), 0);
     VELSysDevelopmentStageClear();
 }
 

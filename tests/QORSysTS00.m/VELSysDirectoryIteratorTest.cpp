@@ -38,6 +38,12 @@ std::string NameOf(const VELSysDirectoryIterator& it) {
     return name.ConvertToChar();
 }
 
+VELSysFNMatchOptions WithLiteralBrackets() {
+    VELSysFNMatchOptions options;
+    options.literalBrackets = 1;
+    return options;
+}
+
 VELSysFNMatchOptions IgnoringCase() {
     VELSysFNMatchOptions options;
     options.matchMode = VELSysFNMatchIgnoreCase;
@@ -223,6 +229,12 @@ TEST_F(VELSysDirectoryIteratorTest, ACopyKeepsPatternAndOptions) {
     EXPECT_TRUE(copy == it);
     EXPECT_EQ(NameOf(copy), "A");
     EXPECT_EQ(copy.next(), VEL::StatusNoMoreFiles);
+    Make({"[A]"});
+    const VELSysDirectoryIterator brackets = path.Begin("[A]", WithLiteralBrackets(), nullptr);
+    copy = brackets;
+    EXPECT_TRUE(copy == brackets);
+    EXPECT_EQ(NameOf(copy), "[A]");
+    EXPECT_EQ(NameOf(VELSysDirectoryIterator(brackets)), "[A]");
 }
 
 TEST_F(VELSysDirectoryIteratorTest, AssigningWhatListsNothingChangesNothing) {
@@ -250,6 +262,66 @@ TEST_F(VELSysDirectoryIteratorTest, AnAdvancedWalkIsStartedAnew) {
     EXPECT_EQ(NameOf(it), first);
 }
 
+TEST_F(VELSysDirectoryIteratorTest, AWalkThatIsStartedAnewCountsAnew) {
+    Make({"a", "b"});
+    VELSysDirectoryIterator it = path.Begin(nullptr);
+    ++it;
+    ASSERT_EQ(path.GetDirectoryIterator(it), VEL::StatusOk);
+    EXPECT_TRUE(it == path.Begin(nullptr));
+}
+
+TEST_F(VELSysDirectoryIteratorTest, AnotherChoiceIsStartedAnew) {
+    Make({"a", "B", "[a]"});
+    VELSysDirectoryIterator it = path.Begin("a", VELSysFNMatchOptions(), nullptr);
+    EXPECT_EQ(NameOf(it), "a");
+    it = path.Begin("B", VELSysFNMatchOptions(), nullptr);
+    EXPECT_EQ(NameOf(it), "B");
+    it = path.Begin("[a]", VELSysFNMatchOptions(), nullptr);
+    EXPECT_EQ(NameOf(it), "a");
+    it = path.Begin("[a]", WithLiteralBrackets(), nullptr);
+    EXPECT_EQ(NameOf(it), "[a]");
+    it = path.Begin("[a]", IgnoringCase(), nullptr);
+    EXPECT_EQ(NameOf(it), "a");
+}
+
+TEST_F(VELSysDirectoryIteratorTest, AnotherPathIsStartedAnew) {
+    std::filesystem::create_directory(scratch / "d");
+    std::filesystem::create_directory(scratch / "e");
+    WriteFile(scratch / "d/one", "");
+    WriteFile(scratch / "e/two", "");
+    VELSysPath d;
+    VELSysPath e;
+    d.Set((scratch + "/d").c_str());
+    e.Set((scratch + "/e").c_str());
+    VELSysDirectoryIterator it = d.Begin(nullptr);
+    EXPECT_EQ(NameOf(it), "one");
+    EXPECT_EQ(e.GetDirectoryIterator(it), VEL::StatusOk);
+    EXPECT_EQ(NameOf(it), "two");
+    EXPECT_EQ(TextOf(*it), scratch + "/e/two");
+}
+
+TEST_F(VELSysDirectoryIteratorTest, AStartThatIsRefusedLeavesTheWalk) {
+    Make({"a"});
+    VELSysPath file;
+    file.Set((scratch + "/a").c_str());
+    VELSysDirectoryIterator it = path.Begin(nullptr);
+    EXPECT_EQ(file.GetDirectoryIterator(it), VEL::StatusFailure);
+    EXPECT_EQ(NameOf(it), "a");
+    EXPECT_EQ(TextOf(*it), scratch + "/a");
+    EXPECT_TRUE(it == path.Begin(nullptr));
+    EXPECT_EQ(it.next(), VEL::StatusNoMoreFiles);
+}
+
+TEST_F(VELSysDirectoryIteratorTest, WhatIsKnownToBeADirectoryIsOpened) {
+    std::filesystem::create_directory(scratch / "d");
+    path.Append("d");
+    EXPECT_TRUE(path.IsDirectory(0));
+    std::filesystem::remove(scratch / "d");
+    rc = 0;
+    const VELSysDirectoryIterator it = path.Begin(&rc);
+    EXPECT_EQ(rc, VEL::StatusNotFound);
+}
+
 TEST_F(VELSysDirectoryIteratorTest, EqualityGoesByPathChoiceAndCount) {
     Make({"a", "b"});
     VELSysPath samePlace(path);
@@ -260,6 +332,7 @@ TEST_F(VELSysDirectoryIteratorTest, EqualityGoesByPathChoiceAndCount) {
     EXPECT_FALSE(path.End() == samePlace.End());
     EXPECT_FALSE(it == path.Begin("*", VELSysFNMatchOptions(), nullptr));
     EXPECT_FALSE(it == path.Begin("", IgnoringCase(), nullptr));
+    EXPECT_FALSE(it == path.Begin("", WithLiteralBrackets(), nullptr));
     ++same;
     EXPECT_FALSE(it == same);
     ++it;
@@ -287,6 +360,7 @@ TEST_F(VELSysDirectoryIteratorTest, BrokenWalksAreToldApartByChoiceAndCount) {
 
 TEST_F(VELSysDirectoryIteratorTest, AFailingReadEndsALoopAndIsToldByNext) {
     Make({"a", "b"});
+    const int before = OpenDescriptors();
     VELSysDirectoryIterator it = path.Begin(nullptr);
     {
         Changes changes;
@@ -294,10 +368,82 @@ TEST_F(VELSysDirectoryIteratorTest, AFailingReadEndsALoopAndIsToldByNext) {
         changes.readdirError = EBADF;
         EXPECT_EQ(it.next(), VELConvertError(EBADF, 7));
     }
+    EXPECT_EQ(OpenDescriptors(), before);
     EXPECT_FALSE(it != path.End());
     EXPECT_EQ(it.next(), VEL::StatusFailure);
     QORSysTSUnicodeString name;
     EXPECT_EQ(it.GetCurrentName(name), VEL::StatusFailure);
+}
+
+TEST_F(VELSysDirectoryIteratorTest, TooManyFilesReadAsTheEnd) {
+    Make({"a", "b"});
+    VELSysDirectoryIterator it = path.Begin(nullptr);
+    {
+        Changes changes;
+        changes.readdirCallsBeforeError = 0;
+        changes.readdirError = ENFILE;
+        EXPECT_EQ(it.next(), VEL::StatusNoMoreFiles) << "the two have one code";
+    }
+    EXPECT_TRUE(it == path.End());
+    EXPECT_EQ(it.next(), VEL::StatusOk) << "as behind every end";
+    Changes changes;
+    changes.opendirError = ENFILE;
+    rc = 0;
+    it = VELSysDirectoryIterator();
+    VELSysDirectoryIterator unopened = path.Begin(&rc);
+    EXPECT_EQ(rc, 1);
+    EXPECT_TRUE(unopened == path.End());
+    EXPECT_EQ(unopened.next(), VEL::StatusNoMoreFiles);
+    changes.opendirError = 0;
+    EXPECT_EQ(unopened.next(), VEL::StatusOk);
+}
+
+// Owners that are no local path.
+
+std::u16string s_location;
+int GiveRealPath(const unsigned short*, unsigned short** result, int, int, int) {
+    *result = new unsigned short[s_location.size() + 1]();
+    std::copy(s_location.begin(), s_location.end(), *result);
+    return 0;
+}
+
+TEST_F(VELSysDirectoryIteratorTest, EntriesOfALogicalNameStandBehindThatName) {
+    Make({"a"});
+    Changes changes;
+    changes.getRealPath = GiveRealPath;
+    s_location = scratch.Path().u16string();
+    path.Set("\x01\x02\\docs");
+    rc = 0;
+    VELSysDirectoryIterator it = path.Begin(&rc);
+    EXPECT_EQ(rc, VEL::StatusOk);
+    EXPECT_EQ(NameOf(it), "a");
+    EXPECT_EQ(TextOf(*it), "\x01\x02\\docs/a");
+    EXPECT_EQ((*it).getType(), VELSysPathTypeLogical);
+    VELSysPath current;
+    EXPECT_EQ(it.GetCurrentPath(current), VEL::StatusOk);
+    EXPECT_EQ(TextOf(current), "\x01\x02\\docs/a");
+    EXPECT_EQ(it.next(), VEL::StatusNoMoreFiles);
+}
+
+int AnswerWithADirectory(const char*, struct stat64* out) {
+    *out = {};
+    out->st_mode = S_IFDIR;
+    return 0;
+}
+
+TEST_F(VELSysDirectoryIteratorTest, AWebAddressIsNotWalked) {
+    Changes changes;
+    changes.httpInfo = AnswerWithADirectory;
+    path.Set("http://h/x");
+    rc = 0;
+    VELSysDirectoryIterator it = path.Begin(&rc);
+    EXPECT_EQ(rc, VEL::StatusNotImplemented);
+    EXPECT_TRUE(it == path.End());
+    EXPECT_EQ(it.next(), VEL::StatusFailure);
+    changes.httpInfo = nullptr;
+    rc = 0;
+    it = path.Begin(&rc);
+    EXPECT_EQ(rc, VEL::StatusFailure) << "it is no directory";
 }
 
 TEST_F(VELSysDirectoryIteratorTest, AnEntryIsAskedAboutAnew) {
@@ -429,6 +575,7 @@ TEST_F(VELSysDirectoryIteratorTest, AnUnreadableDirectoryIsRefused) {
 
 class VELSysDirectoryIteratorNamesTest : public StringEnvironment::InBoth {
 protected:
+    const FileCalls::DescriptorBalance balance;
     const ScratchDirectory scratch;
     VELSysPath path{QORUnicodeString(scratch.Path().c_str())};
 };
@@ -444,6 +591,19 @@ TEST_P(VELSysDirectoryIteratorNamesTest, BytesThatAreUTF8AreTakenAsTheyAre) {
     unsigned long length = 0;
     text.ConvertToUTF8(bytes, &length);
     EXPECT_EQ(std::string(bytes, length), scratch + "/" + name);
+}
+
+TEST_P(VELSysDirectoryIteratorNamesTest, BytesThatAreUTF8StandBehindOneOfTwoSlashes) {
+    const std::string name = "\xC3\xA9";
+    WriteFile(scratch / name, "");
+    path.Set((scratch + "///").c_str());
+    const VELSysDirectoryIterator it = path.Begin(nullptr);
+    VELSysPath expected;
+    expected.Set((scratch + "/" + name).c_str());
+    VELSysPath current;
+    EXPECT_EQ(it.GetCurrentPath(current), VEL::StatusOk);
+    EXPECT_TRUE(current == expected);
+    EXPECT_TRUE(*it == expected);
 }
 
 TEST_P(VELSysDirectoryIteratorNamesTest, OtherBytesAreConvertedWhereTheEnvironmentCan) {

@@ -257,6 +257,14 @@ TEST(VELSysEnvironmentManager, AnArrayWhoseSizeOverflowsIsRefused) {
     EXPECT_EQ(manager.StaticEnviron(), nullptr);
 }
 
+TEST(VELSysEnvironmentManager, ADynamicArrayIsGoneBeforeAnotherIsRefused) {
+    VELSysEnvironmentManager manager;
+    Fill(manager, Array::Dynamic, {"A=1"});
+    EXPECT_THROW(manager.BuildDynamicEnviron(SIZE_MAX), std::bad_alloc);
+    EXPECT_EQ(manager.DynamicEnviron(), nullptr);
+    EXPECT_EQ(manager.GetEnv("A"), nullptr);
+}
+
 TEST(VELSysEnvironmentManager, ASlotKeepsACopy) {
     VELSysEnvironmentManager manager;
     manager.BuildStaticEnviron(1);
@@ -367,6 +375,15 @@ TEST(VELSysEnvironmentManager, ANullCommandLineRemovesAllMains) {
     EXPECT_EQ(manager.AddMain(nullptr), 0);
     EXPECT_EQ(manager.GetMainFirst(), nullptr);
     EXPECT_EQ(manager.AddMain(nullptr), 0);
+}
+
+TEST(VELSysEnvironmentManager, ANullCommandLineLeavesTheMainThatIsChosen) {
+    VELSysEnvironmentManager manager;
+    VELSysEnvironArgumentSuite chosen{};
+    manager.AddMain("a");
+    manager.SetCurrentMain(&chosen);
+    EXPECT_EQ(manager.AddMain(nullptr), 0);
+    EXPECT_EQ(manager.CurrentMain(), &chosen);
 }
 
 TEST(VELSysEnvironmentManager, RefusesAMainWithoutArguments) {

@@ -12,6 +12,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -63,6 +64,36 @@ TEST(EnvironmentShortage, OfAManagerIsThrown) {
         } catch (const std::bad_alloc&) {
         }
     }
+}
+
+TEST(EnvironmentShortage, OfAManagersTableDestroysItsTrace) {
+    EnvironmentCalls::isTraced = true;
+    int failures = 0;
+    for (int request = 1; failures == 0; ++request) {
+        ASSERT_LT(request, 10);
+        EnvironmentCalls::traces = {};
+        EnvironmentCalls::traces.reserve(8);
+        try {
+            const HeapShortage shortage(request, HeapShortage::OnlyThatOne);
+            const VELSysEnvironmentManager manager;
+        } catch (const std::bad_alloc&) {
+            // The first request may be the trace's own.
+            failures += EnvironmentCalls::traces.empty() ? 0 : 1;
+        }
+    }
+    EXPECT_EQ(EnvironmentCalls::traces, (std::vector<std::string>{"create LifeCycle", "destroy"}));
+}
+
+TEST(EnvironmentShortage, OfADynamicArrayComesWhenTheOldOneIsGone) {
+    VELSysEnvironmentManager manager;
+    manager.BuildDynamicEnviron(1);
+    manager.BuildEnvironString(manager.DynamicEnviron(), "A=1");
+    {
+        const HeapShortage shortage(1, HeapShortage::OnlyThatOne);
+        EXPECT_THROW(manager.BuildDynamicEnviron(3), std::bad_alloc);
+    }
+    EXPECT_EQ(manager.DynamicEnviron(), nullptr);
+    EXPECT_EQ(manager.GetEnv("A"), nullptr);
 }
 
 TEST(EnvironmentShortage, OfAnArrayIsThrown) {

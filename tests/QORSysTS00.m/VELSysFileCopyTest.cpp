@@ -112,6 +112,16 @@ TEST_F(VELSysLocalFileTest, AMissingSourceLeavesTheTargetAlone) {
     WriteFile(target, "old");
     EXPECT_EQ(Copy(), VELConvertError(ENOENT, 3));
     EXPECT_EQ(ReadFile(target), "old");
+    std::filesystem::remove(target);
+    EXPECT_EQ(Copy(), VELConvertError(ENOENT, 3));
+    EXPECT_FALSE(std::filesystem::exists(target)) << "and makes none";
+}
+
+TEST_F(VELSysLocalFileTest, ANarrowNameNeedNotBeUTF8) {
+    const std::filesystem::path bytes = scratch / "x\xE9";
+    WriteFile(bytes, std::string(300000, 'x'));
+    EXPECT_EQ(VELSysLocalFileCopy(QORUnicodeString(target.c_str()), QORUnicodeString(bytes.c_str())), VEL::StatusOk);
+    EXPECT_EQ(ReadFile(target), std::string(300000, 'x'));
 }
 
 TEST_F(VELSysLocalFileTest, ATargetThatCannotBeOpenedIsTold) {
@@ -183,6 +193,14 @@ TEST_F(VELSysLocalFileTest, AFailingCloseOfTheTargetFailsTheCopy) {
     Changes changes;
     changes.fcloseError = EIO;
     EXPECT_EQ(Copy(), VELConvertError(EIO, 3));
+}
+
+TEST_F(VELSysLocalFileTest, AFailingCloseOfTheSourceDoesNotCount) {
+    WriteFile(source, "text");
+    Changes changes;
+    changes.fcloseErrorOfReader = EIO;
+    EXPECT_EQ(Copy(), VEL::StatusOk);
+    EXPECT_EQ(ReadFile(target), "text");
 }
 
 CHILD_PROGRAM(CopiesOntoAFullDisk) {

@@ -221,6 +221,54 @@ TEST_F(VELSysFileFinderTest, AnErrorOfTheMatchIsConverted) {
     EXPECT_EQ(ctx, nullptr);
 }
 
+TEST_F(VELSysFileFinderTest, BehindAnErrorOfTheMatchNothingIsCurrent) {
+    Make({"a", "b"});
+    ASSERT_EQ(First(Directory().c_str(), "?"), VEL::StatusOk);
+    {
+        Changes changes;
+        changes.fnmatchResult = 5;
+        EXPECT_EQ(VELSysFileFinderNext(ctx), VELConvertError(5, 7));
+    }
+    QORUnicodeString name("as it was");
+    EXPECT_EQ(VELSysFileFinderCurrentName(ctx, name), VEL::StatusBadArgument);
+    EXPECT_STREQ(name, "as it was");
+    VELSysFileFinderClose(ctx);
+}
+
+TEST_F(VELSysFileFinderTest, WhatTheMatchLeavesInErrnoIsNoFailingRead) {
+    Make({"a", "b"});
+    ASSERT_EQ(First(Directory().c_str(), "?"), VEL::StatusOk);
+    {
+        Changes changes;
+        changes.fnmatchResult = FNM_NOMATCH;
+        changes.fnmatchErrno = EBADF;
+        EXPECT_EQ(VELSysFileFinderNext(ctx), VEL::StatusNoMoreFiles);
+    }
+    VELSysFileFinderClose(ctx);
+    Changes changes;
+    changes.fnmatchResult = FNM_NOMATCH;
+    changes.fnmatchErrno = EBADF;
+    EXPECT_EQ(First(Directory().c_str(), "?"), VEL::StatusNotFound);
+    EXPECT_EQ(ctx, nullptr);
+}
+
+TEST_F(VELSysFileFinderTest, AnErrorOfTheReadThatMeansTheEndIsNoMatch) {
+    Changes changes;
+    changes.readdirCallsBeforeError = 0;
+    changes.readdirError = ENFILE;
+    EXPECT_EQ(First(Directory().c_str()), VEL::StatusNotFound);
+    EXPECT_EQ(ctx, nullptr);
+}
+
+TEST_F(VELSysFileFinderTest, AnErrorOfTheOpeningIsConverted) {
+    Changes changes;
+    changes.opendirError = EMFILE;
+    EXPECT_EQ(First(Directory().c_str()), VELConvertError(EMFILE, 7));
+    changes.opendirError = ENFILE;
+    EXPECT_EQ(First(Directory().c_str()), VEL::StatusNoMoreFiles) << "it is not the one of a read";
+    EXPECT_EQ(ctx, nullptr);
+}
+
 TEST_F(VELSysFileFinderTest, AFailingCloseIsToldAndFreesAll) {
     ASSERT_EQ(First(Directory().c_str()), VEL::StatusOk);
     Changes changes;
@@ -231,13 +279,18 @@ TEST_F(VELSysFileFinderTest, AFailingCloseIsToldAndFreesAll) {
 // Logical names.
 
 std::u16string s_asked;
+std::u16string s_location = std::filesystem::temp_directory_path().u16string();
+int s_realPathResult = 0;
+Changes* s_watcher = nullptr;
+
 int GiveRealPath(const unsigned short* name, unsigned short** result, int, int, int) {
     s_asked = reinterpret_cast<const char16_t*>(name);
-    static std::u16string location;
-    location = std::filesystem::temp_directory_path().u16string();
-    *result = new unsigned short[location.size() + 1]();
-    std::copy(location.begin(), location.end(), *result);
-    return 0;
+    *result = new unsigned short[s_location.size() + 1]();
+    std::copy(s_location.begin(), s_location.end(), *result);
+    if (s_watcher != nullptr) {
+        s_watcher->watchedArray = *result;
+    }
+    return s_realPathResult;
 }
 
 TEST_F(VELSysFileFinderTest, LogicalNamesAreTranslated) {
@@ -257,6 +310,31 @@ TEST_F(VELSysFileFinderTest, ALogicalNameWithoutTranslationIsABadArgument) {
     EXPECT_EQ(ctx, nullptr);
 }
 
+TEST_F(VELSysFileFinderTest, ATranslationThatIsNoPathIsABadArgument) {
+    Changes changes;
+    changes.getRealPath = GiveRealPath;
+    for (const std::u16string& location : {std::u16string(1025, u'd'), std::u16string(u"http://")}) {
+        s_location = location;
+        EXPECT_EQ(First("QORDLN://docs"), VEL::StatusBadArgument);
+        EXPECT_EQ(First("\x01\x02\\docs"), VEL::StatusBadArgument);
+        EXPECT_EQ(ctx, nullptr);
+    }
+}
+
+TEST_F(VELSysFileFinderTest, ATranslationIsReleasedWhateverComesWithIt) {
+    Changes changes;
+    changes.getRealPath = GiveRealPath;
+    s_watcher = &changes;
+    for (const int result : {0, 1, -1}) {
+        s_realPathResult = result;
+        changes.watchedArrayReleases = 0;
+        EXPECT_EQ(First("QORDLN://docs"), result == 0 ? VEL::StatusOk : VEL::StatusBadArgument);
+        EXPECT_EQ(changes.watchedArrayReleases, 1) << result;
+        VELSysFileFinderClose(ctx);
+    }
+    s_watcher = nullptr;
+}
+
 // Patterns compared directly must say what `fnmatch` says.
 
 struct Pattern {
@@ -264,7 +342,9 @@ struct Pattern {
     bool isDirect;
 };
 
-class VELSysFileFinderPatternTest : public testing::TestWithParam<Pattern> {};
+class VELSysFileFinderPatternTest : public testing::TestWithParam<Pattern> {
+    const FileCalls::DescriptorBalance balance;
+};
 
 TEST_P(VELSysFileFinderPatternTest, AgreesWithTheSystem) {
     const Names names = {"a",     "ab",   "abc", "abcb",  "a.c",  "b.c",        ".c",          "A.C", "a*c",
@@ -298,7 +378,9 @@ INSTANTIATE_TEST_SUITE_P(Shapes, VELSysFileFinderPatternTest,
 
 // Names as the file system has them.
 
-class VELSysFileFinderNamesTest : public StringEnvironment::InBoth {};
+class VELSysFileFinderNamesTest : public StringEnvironment::InBoth {
+    const FileCalls::DescriptorBalance balance;
+};
 
 TEST_P(VELSysFileFinderNamesTest, AreTheBytesOfTheFileSystem) {
     const ScratchDirectory scratch;

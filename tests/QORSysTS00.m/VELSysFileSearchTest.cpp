@@ -1,6 +1,7 @@
 /// @file
 /// The search along lists of directories, for programs, and for where the program is installed.
 
+#include "Child.h"
 #include "FileCalls.h"
 #include "ScratchDirectory.h"
 #include "StringBlocks.h"
@@ -60,8 +61,20 @@ TEST_F(VELFindFileByRelPathTest, TheFirstEmptyPieceEndsTheList) {
     EXPECT_EQ(Find("x", B() + ":"), 1);
 }
 
-TEST_F(VELFindFileByRelPathTest, WhatCannotBeAppendedIsNotFound) {
-    EXPECT_EQ(Find(std::string(1025, 'x').c_str(), A()), 0);
+TEST_F(VELFindFileByRelPathTest, WhatCannotBeAppendedFindsTheDirectoryItself) {
+    EXPECT_EQ(Find(std::string(1025, 'x').c_str(), (scratch + "/none:") + A() + ":" + B()), 1);
+    EXPECT_EQ(found.ConvertToChar(), A());
+}
+
+TEST_F(VELFindFileByRelPathTest, NothingToAppendFindsTheDirectoryItself) {
+    for (const char* const relative : {"", ".", "/"}) {
+        found = "as it was";
+        EXPECT_EQ(Find(relative, (scratch + "/none:") + B()), 1) << relative;
+        EXPECT_EQ(found.ConvertToChar(), B());
+    }
+}
+
+TEST_F(VELFindFileByRelPathTest, APieceThatIsNoPathIsPassedOver) {
     EXPECT_EQ(Find("x", "http://h:" + std::string(2000, 'd')), 0);
 }
 
@@ -160,6 +173,41 @@ TEST_F(QORWhenceTest, AnEmptyPieceEndsTheSearch) {
     EXPECT_STREQ(found, "/prog-in-path");
 }
 
+TEST_F(QORWhenceTest, AnEmptyPieceAtTheStartIsPassedOver) {
+    MakeProgram("bin/prog-in-path");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(scratch.Path());
+    setenv("PATH", ":bin", 1);
+    EXPECT_EQ(QORWhence(found, "prog-in-path"), 0);
+    EXPECT_STREQ(found, "bin/prog-in-path");
+    std::filesystem::current_path(before);
+}
+
+TEST_F(QORWhenceTest, APathOfEmptyPiecesHasTheRootAlone) {
+    setenv("PATH", ":", 1);
+    EXPECT_EQ(QORWhence(found, "no-such-program"), -2);
+    EXPECT_STREQ(found, "/no-such-program");
+}
+
+TEST_F(QORWhenceTest, WhatIsNoProgramHereIsLookedForInThePath) {
+    MakeProgram("bin/a");
+    MakeProgram("bin/b");
+    std::filesystem::create_directory(scratch / "a");
+    MakeProgram("b", 0600);
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(scratch.Path());
+    for (const char* const name : {"a", "b"}) {
+        EXPECT_EQ(QORWhence(found, name), 0);
+        EXPECT_EQ(found.ConvertToChar(), scratch + "/bin/" + name);
+    }
+    std::filesystem::current_path(before);
+}
+
+TEST_F(QORWhenceTest, BlanksOutsideTheQuotesKeepThem) {
+    MakeProgram("prog");
+    EXPECT_EQ(QORWhence(found, (" \"" + (scratch + "/prog\" ")).c_str()), -2);
+}
+
 TEST_F(QORWhenceTest, AnEmptyPathIsReported) {
     for (const bool isSet : {true, false}) {
         isSet ? setenv("PATH", "", 1) : unsetenv("PATH");
@@ -204,6 +252,46 @@ TEST_F(VELGetMainInstallPathTest, IsRelativeToTheWorkingDirectory) {
     std::filesystem::current_path(scratch.Path());
     EXPECT_EQ(PathWhenStartedAs("code/bin/prog"), scratch.Path());
     std::filesystem::current_path("/");
+}
+
+TEST_F(VELGetMainInstallPathTest, IsEmptyWithoutAWorkingDirectory) {
+    std::filesystem::create_directory(scratch / "gone");
+    std::filesystem::current_path(scratch / "gone");
+    std::filesystem::remove(scratch / "gone");
+    EXPECT_EQ(PathWhenStartedAs("code/linux/code/bin/prog"), "");
+    std::filesystem::current_path("/");
+}
+
+TEST_F(VELGetMainInstallPathTest, ARelativeNameIsNotCut) {
+    const std::string name(4090, 'x');
+    std::filesystem::current_path(scratch.Path());
+    EXPECT_EQ(PathWhenStartedAs(name + "/code/bin/prog"), scratch + "/" + name);
+    std::filesystem::current_path("/");
+}
+
+CHILD_PROGRAM(LooksForItselfWithoutPrivileges) {
+    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
+        return 77;
+    }
+    Changes changes;
+    changes.startedName = "prog";
+    std::fputs(VELGetMainInstallPath(), stdout);
+    return 0;
+}
+
+TEST_F(VELGetMainInstallPathTest, AProgramThatMayNotBeReadIsPassedOver) {
+    for (const char* const system : {"closed", "open"}) {
+        std::filesystem::create_directories(scratch / system / "code/bin");
+        WriteFile(scratch / system / "code/bin/prog", "");
+    }
+    std::filesystem::permissions(scratch / "closed/code/bin/prog", std::filesystem::perms::none);
+    std::filesystem::permissions(scratch.Path(), static_cast<std::filesystem::perms>(0755));
+    const std::string list = (scratch + "/closed/code/bin:") + (scratch + "/open/code/bin");
+    const Child child = RunChild("LooksForItselfWithoutPrivileges", {.set = {{"PATH", list}}});
+    if (child.exitCode == 77) {
+        GTEST_SKIP() << "privileges can't be dropped here";
+    }
+    EXPECT_EQ(child.out, scratch + "/open");
 }
 
 TEST_F(VELGetMainInstallPathTest, IsSearchedInThePath) {

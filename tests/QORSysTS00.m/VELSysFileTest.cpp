@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -313,6 +314,20 @@ TEST_F(VELSysFileTest, StatOfAWebAddressAsksTheLibrary) {
     EXPECT_EQ(status.st_size, 42);
 }
 
+TEST_F(VELSysFileTest, WhatIsThereUnderAWebAddressIsLocal) {
+    std::filesystem::create_directory(scratch / "http:");
+    WriteFile(scratch / "http:" / "h", "12345");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(scratch.Path());
+    Changes changes;
+    changes.httpInfo = AnswerForTheWeb;
+    struct stat64 status = {};
+    EXPECT_EQ(VELSysFileStat(Units(u"http://h"), &status), VEL::StatusOk);
+    EXPECT_EQ(status.st_size, 5);
+    EXPECT_EQ(s_address, "") << "it isn't asked for";
+    std::filesystem::current_path(before);
+}
+
 TEST_F(VELSysFileTest, TimesAreSetAccessedFirst) {
     WriteFile(path, "");
     struct stat64 status = {};
@@ -353,6 +368,21 @@ TEST_F(VELSysFileTest, TemporaryNamesAreFreshAndOfOneForm) {
         EXPECT_EQ(text.rfind("/tmp/file", 0), 0U);
         EXPECT_FALSE(std::filesystem::exists(text));
     }
+}
+
+TEST_F(VELSysFileTest, ATemporaryNameThatIsTakenIsPassedOver) {
+    const auto number = static_cast<std::uint64_t>(getpid());
+    Changes changes;
+    changes.randomNumber = number;
+    QORUnicodeString first;
+    ASSERT_EQ(VELSysGetTempFileName(first, nullptr, nullptr), VEL::StatusOk);
+    WriteFile(first.ConvertToChar(), "");
+    changes.randomNumber = number;
+    QORUnicodeString second;
+    EXPECT_EQ(VELSysGetTempFileName(second, nullptr, nullptr), VEL::StatusOk);
+    EXPECT_FALSE(changes.randomNumber.has_value());
+    EXPECT_FALSE(first == second);
+    EXPECT_EQ(VELSysDeleteFile(first), VEL::StatusOk);
 }
 
 TEST(QORStat64ToStat32, CopiesFieldByField) {
@@ -426,7 +456,9 @@ TEST_P(LoginNameTest, MayBeLong) {
 INSTANTIATE_TEST_SUITE_P(Functions, LoginNameTest, testing::Values(QORGetLoginName, QORSysGetUserName),
                          [](const auto& row) { return row.index == 0 ? "Login" : "User"; });
 
-class VELSysFileNativeTest : public StringEnvironment::InBoth {};
+class VELSysFileNativeTest : public StringEnvironment::InBoth {
+    const FileCalls::DescriptorBalance balance;
+};
 
 TEST_P(VELSysFileNativeTest, FilesAreNamedInTheNativeCodePage) {
     const ScratchDirectory scratch;

@@ -2,6 +2,7 @@
 #include "Child.h"
 #include "HeapLog.h"
 #include "VELString.h"
+#include "VELSysNLSCore.h"
 
 #include <algorithm>
 #include <atomic>
@@ -30,6 +31,20 @@ std::vector<std::size_t> s_reads;
 int s_descriptor = -1;
 std::size_t s_position = 0;
 int s_opened = 0;
+int s_openFlags = 0;
+/// Reads that a signal interrupts before the others succeed.
+int s_interruptedReads = 0;
+/// Run inside each read, and while the environment's language is being decided.
+void (*s_insideRead)() = nullptr;
+void (*s_insideDecision)() = nullptr;
+
+/// The store being filled from the command line that was read.
+struct Fill {
+    bool fileIsClosed;
+    int argc;
+    char** argv;
+};
+std::vector<Fill> s_fills;
 
 void Choose(const std::string& text) {
     s_isChosen = true;
@@ -65,7 +80,7 @@ extern "C" int __wrap_open(const char* name, int flags, ...) {
     char expected[64];
     std::snprintf(expected, sizeof expected, "/proc/%d/cmdline", getpid());
     EXPECT_STREQ(name, expected);
-    EXPECT_EQ(flags & O_ACCMODE, O_RDONLY);
+    s_openFlags = flags;
     if (s_openFails) {
         errno = EACCES;
         return -1;
@@ -81,6 +96,14 @@ extern "C" ssize_t __wrap_read(int descriptor, void* out, std::size_t room) {
         return __real_read(descriptor, out, room);
     }
     s_reads.push_back(room);
+    if (s_insideRead != nullptr) {
+        s_insideRead();
+    }
+    if (s_interruptedReads > 0) {
+        --s_interruptedReads;
+        errno = EINTR;
+        return -1;
+    }
     if (s_readFails) {
         errno = EIO;
         return -1;
@@ -93,6 +116,31 @@ extern "C" ssize_t __wrap_read(int descriptor, void* out, std::size_t room) {
     std::memcpy(out, s_text.data() + s_position, count);
     s_position += count;
     return static_cast<ssize_t>(count);
+}
+
+extern "C" int __real__Z14VELSysTSSetArgiPPc(int argc, char** argv);
+extern "C" int __wrap__Z14VELSysTSSetArgiPPc(int argc, char** argv) {
+    s_fills.push_back({fcntl(s_descriptor, F_GETFD) == -1, argc, argv});
+    return __real__Z14VELSysTSSetArgiPPc(argc, argv);
+}
+
+// In place of the language core: UTF-8, whatever the machine's locale.
+
+extern "C" int __wrap__Z13GetEnvNLSDataP12VELSysNLSEnv(VELSysNLSEnv* env) {
+    if (s_insideDecision != nullptr) {
+        s_insideDecision();
+    }
+    *env = {};
+    std::strcpy(env->codePage, "UTF-8");
+    return 0;
+}
+
+extern "C" int __wrap__Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE(void (*)(const VELSysNLSEnv&)) {
+    return 0;
+}
+
+extern "C" long __wrap__Z26VELGetMultiByteCharMaxSizev() {
+    return 1;
 }
 
 CHILD_PROGRAM(PrintsItsCommandLine) {
@@ -133,6 +181,44 @@ TEST(VELSysGetCmdLineArgs, AreReadInDoublingSteps) {
     Choose(std::string(7000, 'x') + '\0');
     EXPECT_EQ(Arguments().size(), 1U);
     EXPECT_EQ(s_reads, (std::vector<std::size_t>{1024, 2048, 4096, 167}));
+}
+
+TEST(VELSysGetCmdLineArgs, AreReadThroughADescriptorOfThisProcessAlone) {
+    Choose("");
+    Arguments();
+    EXPECT_EQ(s_openFlags & O_ACCMODE, O_RDONLY);
+    EXPECT_EQ(s_openFlags & O_CLOEXEC, O_CLOEXEC) << "no program that is started meanwhile inherits it";
+}
+
+TEST(VELSysGetCmdLineArgs, AreReadOnAfterASignal) {
+    s_interruptedReads = 1;
+    Choose(std::string("program\0-a\0", 11));
+    EXPECT_EQ(Arguments(), (std::vector<std::string>{"program", "-a"}));
+    EXPECT_EQ(s_opened, 1);
+    EXPECT_EQ(s_reads.size(), 3U);
+}
+
+TEST(VELSysGetCmdLineArgs, AreKeptWithoutRoomBehindThem) {
+    Choose(std::string("program\0word\0", 13));
+    // The table and its room are there before.
+    Set({});
+    int argc = 0;
+    char** argv = nullptr;
+    const HeapLog heap;
+    VELSysGetCmdLineArgs(argc, argv);
+    EXPECT_EQ(heap.Requests(), (std::vector<std::size_t>{1024, 13, 3 * sizeof(char*)}));
+    EXPECT_EQ(heap.Live(), 2U);
+}
+
+TEST(VELSysGetCmdLineArgs, FillTheStoreOnceTheFileIsClosed) {
+    Choose(std::string("program\0-a=1\0", 13));
+    int argc = 0;
+    char** argv = nullptr;
+    VELSysGetCmdLineArgs(argc, argv);
+    ASSERT_EQ(s_fills.size(), 1U);
+    EXPECT_TRUE(s_fills[0].fileIsClosed);
+    EXPECT_EQ(s_fills[0].argc, 2);
+    EXPECT_EQ(s_fills[0].argv, argv);
 }
 
 TEST(VELSysGetCmdLineArgs, ArriveInPieces) {
@@ -280,4 +366,65 @@ TEST(VELSysGetCmdLineArgs, AreReadByOneOfSeveralThreads) {
     second.join();
     EXPECT_EQ(found[0], found[1]);
     EXPECT_EQ(s_opened, 1);
+}
+
+// The language decision behind a string's conversion reads the command line, too. A lock that is held meanwhile would
+// never come free; an alarm ends the child then.
+
+namespace {
+
+constexpr unsigned int LongestWait = 20;
+std::atomic<bool> s_isReading{false};
+std::atomic<bool> s_isDeciding{false};
+
+void Await(const std::atomic<bool>& flag) {
+    while (!flag) {
+        std::this_thread::yield();
+    }
+}
+
+/// Adds an option, under a key of the command line, whose conversion needs the environment's converter.
+bool AddsItsValue() {
+    const QORUnicodeString value("\xC3\xA9");
+    return VELSysTSAddArg("a", &value) == 0 && Get("a") == Value("\xC3\xA9", 1);
+}
+
+} // namespace
+
+CHILD_PROGRAM(AddsWhileTheDecisionAsks) {
+    alarm(LongestWait);
+    Choose(std::string("program\0-a=1\0-b\0", 16));
+    s_insideDecision = [] { Arguments(); };
+    return AddsItsValue() && Get("b") == Flag() && s_opened == 1 ? 0 : 1;
+}
+
+TEST(VELSysGetCmdLineArgs, MayBeAskedForByTheDecisionBehindAnAddition) {
+    const Child child = RunChild("AddsWhileTheDecisionAsks");
+    EXPECT_EQ(child.signal, 0);
+    EXPECT_EQ(child.exitCode, 0) << child.err;
+}
+
+CHILD_PROGRAM(AddsWhileTheDecisionAndAThreadAsk) {
+    alarm(LongestWait);
+    Choose(std::string("program\0-a=1\0-b\0", 16));
+    // The thread is inside the once-only reading before the decision asks, and reads on when it is about to ask.
+    s_insideDecision = [] {
+        s_isDeciding = true;
+        Await(s_isReading);
+        Arguments();
+    };
+    s_insideRead = [] {
+        s_isReading = true;
+        Await(s_isDeciding);
+    };
+    std::thread reader([] { EXPECT_EQ(Arguments().size(), 3U); });
+    const bool isAdded = AddsItsValue();
+    reader.join();
+    return isAdded && Get("b") == Flag() && s_opened == 1 && !testing::Test::HasFailure() ? 0 : 1;
+}
+
+TEST(VELSysGetCmdLineArgs, MayBeAskedForByTheDecisionAndByAnotherThread) {
+    const Child child = RunChild("AddsWhileTheDecisionAndAThreadAsk");
+    EXPECT_EQ(child.signal, 0);
+    EXPECT_EQ(child.exitCode, 0) << child.err;
 }

@@ -4,6 +4,7 @@
 #include "Child.h"
 #include "PathSupport.h"
 #include "ScratchDirectory.h"
+#include "StringEnvironment.h"
 #include "VELSysPathType.h"
 #include "VELSysStatus.h"
 
@@ -189,6 +190,44 @@ TEST_F(PathChanges, RemoveALinkToAFileLeavesTheFile) {
     EXPECT_EQ(In("l").Remove(0), 0);
     EXPECT_TRUE(Exists("f"));
     EXPECT_FALSE(std::filesystem::is_symlink(scratch / "l"));
+}
+
+TEST_F(PathChanges, RemoveADirectoryByAStaleAnswer) {
+    std::filesystem::create_directory(scratch / "d");
+    VELSysPath path = In("d");
+    EXPECT_TRUE(path.IsDirectory(0));
+    std::filesystem::remove(scratch / "d");
+    EXPECT_EQ(path.Remove(1), VEL::StatusFailure);
+    EXPECT_FALSE(StateOf(path).isStatValid);
+}
+
+// In the one-to-one environment U+012E becomes a dot and U+0100 ends the name.
+
+TEST_F(PathChanges, RemoveNothingUnderACutName) {
+    StringEnvironment::UseCodePage(StringEnvironment::OneToOne);
+    std::filesystem::create_directory(scratch / "d");
+    WriteFile(scratch / "d" / "f", "");
+    for (const char* const name : {"d/f\u0100", "d/\u012e", "d\u0100", "d/\u0166"}) {
+        VELSysPath path = In(name);
+        ASSERT_TRUE(path.Exists(0)) << "something else answers";
+        EXPECT_EQ(path.Remove(1), VEL::StatusNotFound) << name;
+        EXPECT_TRUE(Exists("d/f"));
+    }
+}
+
+TEST_F(PathChanges, MoveNothingUnderACutName) {
+    StringEnvironment::UseCodePage(StringEnvironment::OneToOne);
+    WriteFile(scratch / "f", "text");
+    WriteFile(scratch / "g", "other");
+    EXPECT_EQ(In("f\u0100").Move(In("h")), VEL::StatusNotFound);
+    EXPECT_EQ(In("\u0166").Move(In("h")), VEL::StatusNotFound);
+    EXPECT_EQ(In("f").Move(In("g\u0100")), VEL::StatusNotFound);
+    EXPECT_EQ(In("f").Move(In("\u0167")), VEL::StatusNotFound);
+    EXPECT_EQ(In("f").Move(In("h\u0100")), VEL::StatusNotFound);
+    EXPECT_EQ(In("f").Move(In("\u012e/h")), VEL::StatusNotFound);
+    EXPECT_EQ(ReadFile(scratch / "f"), "text");
+    EXPECT_EQ(ReadFile(scratch / "g"), "other");
+    EXPECT_FALSE(Exists("h"));
 }
 
 TEST_F(PathChanges, RemoveWhatIsNeither) {

@@ -59,6 +59,29 @@ TEST(HomeDirectory, IsNative) {
     EXPECT_EQ(StateOf(path).text, "/home/\u00e4");
 }
 
+TEST(HomeDirectory, IsNativeTextThatLosesItsSlash) {
+    StringEnvironment::UseCodePage(StringEnvironment::OneToOne);
+    setenv("HOME", "/h\xe4/", 1);
+    VELSysPath path;
+    EXPECT_EQ(VELSysPathHome(path), 0);
+    EXPECT_EQ(StateOf(path), (State{"/h\u00e4", Absolute, 1}));
+    EXPECT_EQ(VELSysPathDocument(path), 0);
+    EXPECT_EQ(StateOf(path), (State{"/h\u00e4", Absolute, 1}));
+}
+
+class HomeDirectoryInBoth : public StringEnvironment::InBoth {};
+
+TEST_P(HomeDirectoryInBoth, ThatIsEmptyIsABadArgument) {
+    setenv("HOME", "", 1);
+    VELSysPath path = PathOf("/former");
+    EXPECT_EQ(VELSysPathHome(path), VEL::StatusBadArgument);
+    EXPECT_EQ(VELSysPathDocument(path), VEL::StatusBadArgument);
+}
+
+INSTANTIATE_TEST_SUITE_P(Environments, HomeDirectoryInBoth,
+                         testing::Values(StringEnvironment::UTF8, StringEnvironment::OneToOne),
+                         StringEnvironment::NameOf);
+
 TEST(HomeDirectory, ThatIsMissingFails) {
     unsetenv("HOME");
     VELSysPath path = PathOf("/former");
@@ -127,6 +150,12 @@ TEST(TemporaryName, StandsBehindTheTextOfTheDirectory) {
     EXPECT_EQ(NameIn(&nothing).substr(0, 1), "_");
     const VELSysPath empty = Empty();
     EXPECT_EQ(NameIn(&empty).substr(0, 6), "/tmp/_");
+}
+
+TEST(TemporaryName, IsTakenAsNativeText) {
+    StringEnvironment::UseCodePage(StringEnvironment::OneToOne);
+    const VELSysPath directory = PathOf("/tmp/\u00e4");
+    EXPECT_EQ(NameIn(&directory).substr(0, 10), "/tmp/\u00c3\u00a4_") << "the directory's UTF-8 is, too";
 }
 
 TEST(TemporaryName, IgnoresAShortPrefix) {

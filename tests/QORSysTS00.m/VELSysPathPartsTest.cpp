@@ -300,6 +300,7 @@ TEST(Extension, WithoutATextFails) {
     EXPECT_EQ(path.AddExtension(Units(u"a")), VEL::StatusFailure);
     EXPECT_EQ(path.AddExtension(Unicode("a")), VEL::StatusFailure);
     EXPECT_EQ(path.AddExtension("\xff"), VEL::StatusBadArgument) << "that is looked at first";
+    EXPECT_EQ(path.AddExtension(Units(u"\xd800")), VEL::StatusFailure) << "and of 16-bit text isn't";
     EXPECT_EQ(path.RemExtension(Unicode("a")), VEL::StatusFailure);
     path.RemExtension(&rc);
     EXPECT_EQ(rc, VEL::StatusFailure);
@@ -510,6 +511,16 @@ TEST(Split, OfAPathWithoutTextFails) {
     EXPECT_EQ(rc, 0);
     rc = 5;
     EXPECT_EQ(PathAccess::Of(Empty().GetName(&rc)) != nullptr, true);
+    EXPECT_EQ(rc, 0);
+}
+
+TEST(Name, BelowAParentThatIsNoPathIsTheWholeText) {
+    VELSysPath path = PathOf("QORDLN:");
+    ASSERT_EQ(path.Append("//x/y"), 0);
+    const State whole = {"QORDLN://x/y", Relative, 0};
+    ASSERT_EQ(StateOf(path), whole);
+    int rc = 0;
+    EXPECT_EQ(StateOf(path.GetName(&rc)), whole);
     EXPECT_EQ(rc, 0);
 }
 

@@ -279,6 +279,20 @@ TEST(WebAddresses, AreAskedAfresh) {
     EXPECT_FALSE(path.IsFile(0));
 }
 
+TEST(WebAddresses, AreKnownToBeThereByTwoQuestions) {
+    GroupLibrary();
+    const VELSysPath path = PathOf("http://h/x");
+    EXPECT_TRUE(path.IsFile(0));
+    EXPECT_TRUE(path.IsFile(1));
+    EXPECT_FALSE(path.IsDirectory(0));
+    EXPECT_FALSE(StateOf(path).isStatValid);
+    EXPECT_TRUE(path.CanRead(0));
+    EXPECT_TRUE(StateOf(path).isStatValid);
+    const VELSysPath other = PathOf("http://h/y");
+    EXPECT_TRUE(other.Exists(0));
+    EXPECT_TRUE(StateOf(other).isStatValid);
+}
+
 TEST(WebAddresses, PassTheResultOn) {
     GroupLibraryState& library = GroupLibrary();
     const VELSysPath path = PathOf("https://h/x");
@@ -386,6 +400,9 @@ TEST_F(LogicalNames, WithoutATranslationAreNowhere) {
     EXPECT_EQ(ImplOf(path).TranslateDLName(), nullptr);
     QORUnicodeString location;
     EXPECT_EQ(ImplOf(path).getTranslatedPath(location), 0);
+    Translate(scratch.Path().string());
+    EXPECT_EQ(ImplOf(path).TranslateDLName(), nullptr) << "what comes with a failure doesn't count";
+    EXPECT_TRUE(PathAccess::Translated(ImplOf(path)).IsEmpty());
 }
 
 TEST_F(LogicalNames, AnotherSuccessIsKeptForTheNextQuestion) {

@@ -20,6 +20,7 @@
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -186,16 +187,45 @@ TEST_F(Removal, OfALinkToADirectoryEmptiesWhatItNames) {
     EXPECT_TRUE(fs::is_symlink(scratch / "link"));
 }
 
-TEST_F(Removal, StopsAtWhatIsNeitherFileNorDirectory) {
+TEST_F(Removal, PassesOverWhatIsNeitherFileNorDirectory) {
     mkfifo((root / "p").c_str(), 0600);
-    VELSysPath path = PathOf(root.string());
-    EXPECT_EQ(path.Remove(1), VEL::StatusFailure);
-    EXPECT_EQ(Left(), Names{"p"});
-    EXPECT_TRUE(StateOf(path).isStatValid) << "it ends there";
-    Link("p", "l");
+    for (const int recursive : {0, 1}) {
+        for (const char* const name : {"a", "o", "q", "z"}) {
+            WriteFile(root / name, "");
+        }
+        VELSysPath path = PathOf(root.string());
+        EXPECT_EQ(path.Remove(recursive), VEL::StatusNotEmpty);
+        EXPECT_EQ(Left(), Names{"p"});
+        EXPECT_FALSE(StateOf(path).isStatValid);
+    }
     fs::remove(root / "p");
     mkfifo((scratch + "/p").c_str(), 0600);
+    Link("../p", "l");
     EXPECT_EQ(Remove(0), 0) << "a link to one goes";
+}
+
+TEST_F(Removal, StopsAtADirectoryThatKeepsWhatIsNeither) {
+    fs::create_directory(root / "d");
+    mkfifo((root / "d" / "p").c_str(), 0600);
+    WriteFile(root / "d" / "f", "");
+    VELSysPath path = PathOf(root.string());
+    EXPECT_EQ(path.Remove(1), VEL::StatusNotEmpty);
+    EXPECT_TRUE(fs::exists(root / "d" / "p"));
+    EXPECT_FALSE(fs::exists(root / "d" / "f"));
+    EXPECT_TRUE(StateOf(path).isStatValid) << "it ends there";
+}
+
+TEST_F(Removal, PassesOverWhatVanishesMeanwhile) {
+    WriteFile(root / "a", "");
+    WriteFile(root / "b", "");
+    bool isFirst = true;
+    s_beforeUnlink = [&](const char* name) {
+        if (std::exchange(isFirst, false)) {
+            fs::remove(root / (std::strcmp(name, "a") == 0 ? "b" : "a"));
+        }
+    };
+    EXPECT_EQ(Remove(0), 0);
+    EXPECT_FALSE(fs::exists(root));
 }
 
 TEST_F(Removal, TakesSockets) {

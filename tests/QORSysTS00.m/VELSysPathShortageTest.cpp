@@ -181,6 +181,32 @@ TEST(PathMemory, ASetOfNoMoreBytesNeedsNone) {
     EXPECT_EQ(StateOf(path), (State{"/a/b/c", Absolute, 1}));
 }
 
+struct WellKnown {
+    const char* variable;
+    const char* (*getter)();
+};
+
+class WellKnownDirectory : public testing::TestWithParam<WellKnown> {};
+
+TEST_P(WellKnownDirectory, IsTheOneThatWasRememberedFirst) {
+    const auto& [variable, getter] = GetParam();
+    const char* meanwhile = nullptr;
+    const HeapLog log;
+    setenv(variable, "/late", 1);
+    InsideNextRequest([&] {
+        setenv(variable, "/early", 1);
+        meanwhile = getter();
+    });
+    EXPECT_EQ(getter(), meanwhile);
+    EXPECT_STREQ(meanwhile, "/early");
+    EXPECT_EQ(log.Live(), 1u) << "the other copy is given back";
+}
+
+INSTANTIATE_TEST_SUITE_P(Getters, WellKnownDirectory,
+                         testing::Values(WellKnown{"HOME", VELSysPathImplGetHomeDirectoryPathA},
+                                         WellKnown{"HOME", VELSysPathImplGetDocumentDirectoryPathA},
+                                         WellKnown{"QORInstallPath", VELSysPathImplGetResourceDirectoryPathA}));
+
 TEST(PathMemory, IsGivenBack) {
     const HeapLog log;
     {

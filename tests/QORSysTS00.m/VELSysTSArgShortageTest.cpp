@@ -6,6 +6,7 @@
 #include "QORSysTSUnicodeString.h"
 
 #include <gtest/gtest.h>
+#include <optional>
 
 using namespace ArgumentStore;
 
@@ -90,6 +91,30 @@ TEST(VELSysTSArgShortage, OfAnAdditionFails) {
     }
 }
 
+TEST(VELSysTSArgShortage, OfAnAdditionRemovesTheOldOptionAllTheSame) {
+    // Without a 16-bit view in the first form, so that the conversion has all of its steps to fail in.
+    for (const bool isNarrow : {true, false}) {
+        std::optional<QORUnicodeString> value;
+        int failures = 0;
+        Sweep(
+            [&] {
+                Set({"-a=old", "-b"});
+                value.emplace("a value that is \xC3\xA9 longer than the shortest");
+                if (!isNarrow) {
+                    value->BuildFromUCChar(reinterpret_cast<const unsigned short*>(u"\u00E9"), 1);
+                }
+            },
+            [&] { return VELSysTSAddArg("a", &*value); },
+            [&](int status) {
+                ++failures;
+                EXPECT_EQ(status, VEL::StatusFailure);
+                EXPECT_EQ(Get("a"), Missing());
+                EXPECT_EQ(Get("b"), Flag());
+            });
+        EXPECT_GT(failures, 2);
+    }
+}
+
 TEST(VELSysTSArgShortage, OfAFlagFails) {
     Sweep([] { Set({"-a=old"}); }, [] { return VELSysTSAddArg("a", nullptr); },
           [](int status) {
@@ -98,25 +123,29 @@ TEST(VELSysTSArgShortage, OfAFlagFails) {
           });
 }
 
-TEST(VELSysTSArgShortage, OfALookUpFailsOrGivesAnEmptyText) {
-    const std::string text(2000, 'x');
-    Set({"-a=" + text});
-    int hasValue = 0;
-    QORUnicodeString value;
-    Sweep(
-        [&] {
-            value = Untouched;
-            hasValue = 77;
-        },
-        [&] { return VELSysTSGetArg("a", hasValue, value); },
-        [&](int status) {
-            if (status != 0) {
+TEST(VELSysTSArgShortage, OfALookUpFailsAndTouchesNothing) {
+    for (const std::size_t length : {1UL, 2000UL}) {
+        const std::string text(length, 'x');
+        Set({"-a=" + text});
+        int hasValue = 0;
+        int isAdded = 0;
+        QORUnicodeString value;
+        int failures = 0;
+        Sweep(
+            [&] {
+                value = Untouched;
+                hasValue = 77;
+                isAdded = 78;
+            },
+            [&] { return VELSysTSGetArg("a", hasValue, isAdded, value); },
+            [&](int status) {
+                ++failures;
                 EXPECT_EQ(status, VEL::StatusFailure);
                 EXPECT_EQ(hasValue, 77);
+                EXPECT_EQ(isAdded, 78);
                 EXPECT_EQ(UTF8Of(value), Untouched);
-                return;
-            }
-            EXPECT_EQ(hasValue, 1);
-            EXPECT_TRUE(UTF8Of(value).empty());
-        });
+            });
+        EXPECT_GT(failures, 0);
+        EXPECT_EQ(UTF8Of(value), text);
+    }
 }

@@ -1,6 +1,7 @@
 #include "VELSysTSArg.h"
 
 #include "ArgumentStore.h"
+#include "QORSysSession.h"
 #include "QORSysTSUnicodeString.h"
 #include "StringBlocks.h"
 #include "StringEnvironment.h"
@@ -61,6 +62,7 @@ const Case Cases[] = {
     {"AValueMayBeginWithADash", {"-object", "-batch"}, {{"object", Value("-batch")}, {"batch", Missing()}}},
     {"ObjectInTheLastPlace", {"-object"}, {{"object", Flag()}}},
     {"EnvInTheLastPlace", {"-envfoo"}, {{"envfoo", Flag()}, {"env", Missing()}}},
+    {"EnvWithAnEqualsSignInTheLastPlace", {"-env=1"}, {{"env", Value("1")}}},
     {"WorkBenchInTheLastPlace", {"x", "-workbench"}, {{"workbench", Flag()}}},
     {"EInTheLastPlace", {"-e"}, {{"e", Flag()}}},
     {"EJoinsWords", {"-e", "a", "b", "c", "-x"}, {{"e", Value("a b c")}, {"x", Flag()}}},
@@ -87,6 +89,8 @@ const Case Cases[] = {
     {"MaintenanceFirst", {"-maintenance", "x"}, {{"maintenance", Flag()}}},
     {"MaintenanceAlone", {"-maintenance"}, {{"maintenance", Flag()}}},
     {"MaintenanceSecond", {"x", "-maintenance"}, {{"maintenance", {0, 1, 0, Untouched}}}},
+    {"MaintenanceSecondByItsBeginning", {"x", "-maintenanceX"}, {{"maintenanceX", Flag()}, {"maintenance", Missing()}}},
+    {"MaintenanceSecondWithTwoDashes", {"x", "--maintenance"}, {{"maintenance", Flag()}}},
     {"MaintenanceSecondOfThree", {"x", "-maintenance", "y"}, {{"maintenance", Flag()}}},
     {"BytesThatAreNotUTF8", {"-\xE9=1"}, {{"\xE9", Value("1")}}},
     {"NoArguments", {}, {{"help", Missing()}}},
@@ -94,7 +98,58 @@ const Case Cases[] = {
 
 INSTANTIATE_TEST_SUITE_P(All, CommandLine, testing::ValuesIn(Cases), NameOf);
 
+/// Listed options without their dash.
+class ComparedWhole : public testing::TestWithParam<const char*> {};
+class WithAValue : public testing::TestWithParam<const char*> {};
+
+constexpr auto ItsName = [](const testing::TestParamInfo<const char*>& info) { return std::string(info.param); };
+
+INSTANTIATE_TEST_SUITE_P(All, ComparedWhole,
+                         testing::Values("help", "admin", "batch", "object", "serviceId", "objectType", "file", "e",
+                                         "Url", "Sli", "Cas", "Ctx"),
+                         ItsName);
+INSTANTIATE_TEST_SUITE_P(All, WithAValue,
+                         testing::Values("object", "serviceId", "objectType", "file", "workbench", "e", "env", "direnv",
+                                         "Url", "Sli", "Cas", "Ctx"),
+                         ItsName);
+
 } // namespace
+
+TEST_P(ComparedWhole, IsAnotherOptionWhenItIsLonger) {
+    const std::string option = GetParam();
+    Set({"-" + option + "X", "next"});
+    EXPECT_EQ(Get((option + "X").c_str()), Flag());
+    EXPECT_EQ(Get(option.c_str()), Missing());
+}
+
+TEST_P(WithAValue, IsAFlagInTheLastPlace) {
+    const std::string option = GetParam();
+    Set({"x", "-" + option});
+    EXPECT_EQ(Get(option.c_str()), Flag());
+}
+
+TEST(VELSysTSArg, PassesOverServerWordsThatAreLonger) {
+    Set({"/regserverX", "/unregserverX"});
+    for (const char* const key : {"regserver", "regserverX", "unregserver", "unregserverX"}) {
+        EXPECT_EQ(Get(key), Missing()) << key;
+    }
+}
+
+TEST(VELSysTSArg, OutlivesTheSessionAndTheMainPair) {
+    char program[] = "program";
+    char option[] = "-a=1";
+    char* argv[] = {program, option, nullptr};
+    QORSysNewSessionTS(0, 0, nullptr);
+    VELSysMainInitialize(2, argv, VELSysMainStoreArguments);
+    const QORUnicodeString value("2");
+    VELSysTSAddArg("b", &value);
+    VELSysMainFinalize();
+    EXPECT_EQ(Get("a"), Value("1"));
+    EXPECT_EQ(Get("b"), Value("2", 1));
+    EXPECT_EQ(QORSysEndSessionTS(0), 0);
+    EXPECT_EQ(Get("a"), Value("1"));
+    EXPECT_EQ(Get("b"), Value("2", 1));
+}
 
 TEST_P(CommandLine, GivesItsOptions) {
     EXPECT_EQ(Set(GetParam().arguments), 0);

@@ -20,6 +20,8 @@ public:
 
     /// The bytes, with a terminator; never null. Where memory is out they are empty, which names no file.
     const char* Get() const { return _bytes; }
+    /// False where the text has a character that the native code page lacks, so that the bytes name something else.
+    bool IsExact() const;
 
 private:
     QORUnicodeString _text;

@@ -54,6 +54,8 @@ struct VEL::internal::PathAccess {
     /// As VELSysPathImpl::BuildFromUTF8(), with a length.
     static int BuildFromUTF8(VELSysPathImpl& impl, const char* text, std::size_t n);
 
+    /// True when `n` bytes are a path of some kind, which a logical name written with its scheme is not.
+    static bool HasKind(const char* text, std::size_t n);
     /// Where a path is split.
     struct Cut {
         std::size_t parentLength; ///< Bytes of the parent; 0 where there is none.

@@ -20,4 +20,9 @@ NativeText::NativeText(const unsigned short* text) {
 
 NativeText::NativeText(const QORUnicodeString& text) : _text(text), _bytes(_text.ConvertToChar()) {}
 
+bool NativeText::IsExact() const {
+    const VELSysCodePage& converter = EnvironmentConverter();
+    return converter.IsUTF8() || converter.CanConvertUTF16ToMBCS(_text.ConvertToUCChar(), _text.GetLengthInChar()) == 0;
+}
+
 } // namespace VEL::internal

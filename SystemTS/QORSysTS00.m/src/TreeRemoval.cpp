@@ -1,7 +1,6 @@
 #include "TreeRemoval.h"
 
-#include "VELSysPathType.h"
-#include "VELSysStatus.h"
+#include "SystemError.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -15,16 +14,8 @@
 namespace VEL::internal {
 namespace {
 
-// One bit each, as for all questions about paths: what is a file there is one here.
-constexpr unsigned int FileBit = 0x8000;
-constexpr unsigned int DirectoryBit = 0x4000;
-
 /// Levels that are kept open at a time. Those above are opened again from below when their turn comes.
 constexpr int OpenLimit = 16;
-
-int SystemError() {
-    return VELConvertError(errno, VELSysFacilitySystem);
-}
 
 /// A directory on the way down. One block, with its name behind it.
 struct Level {
@@ -108,31 +99,23 @@ private:
         const int directory = dirfd(_level->entries);
         struct stat64 status = {};
         if (fstatat64(directory, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
-            return VEL::StatusFailure;
+            return VEL::StatusOk;
         }
-        if (S_ISLNK(status.st_mode)) {
-            return _isRecursive || !_IsDirectoryBehindLink(name) ? _Unlink(name) : VEL::StatusOk;
+        if (S_ISLNK(status.st_mode) ? _MayUnlink(directory, name) : IsFileMode(status.st_mode)) {
+            return StatusOfCall(unlinkat(directory, name, 0));
         }
-        if ((status.st_mode & FileBit) != 0) {
-            return _Unlink(name);
-        }
-        if ((status.st_mode & DirectoryBit) == 0) {
-            return VEL::StatusFailure;
-        }
-        if (!_isRecursive) {
+        // What is neither is passed over, and so are directories as long as they are to stay.
+        if (!_isRecursive || !IsDirectoryMode(status.st_mode)) {
             return VEL::StatusOk;
         }
         return _Enter(name, openat(directory, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     }
 
-    bool _IsDirectoryBehindLink(const char* name) const {
-        struct stat64 status = {};
-        return fstatat64(dirfd(_level->entries), name, &status, 0) == 0 && (status.st_mode & FileBit) == 0 &&
-               (status.st_mode & DirectoryBit) != 0;
-    }
-
-    int _Unlink(const char* name) const {
-        return unlinkat(dirfd(_level->entries), name, 0) == 0 ? VEL::StatusOk : SystemError();
+    /// A link goes, whatever it points at; but with the directories that stay, links to directories stay.
+    bool _MayUnlink(int directory, const char* link) const {
+        struct stat64 target = {};
+        return _isRecursive || fstatat64(directory, link, &target, 0) != 0 || IsFileMode(target.st_mode) ||
+               !IsDirectoryMode(target.st_mode);
     }
 
     /// Goes down into a directory that `descriptor` has open.
@@ -177,7 +160,7 @@ private:
             _oldestOpen = above;
             ++_openCount;
         }
-        const int code = CodeOfRemovedDirectory(unlinkat(dirfd(above->entries), _level->Name(), AT_REMOVEDIR));
+        const int code = StatusOfRemovedDirectory(unlinkat(dirfd(above->entries), _level->Name(), AT_REMOVEDIR));
         _Drop();
         return code;
     }
@@ -201,12 +184,12 @@ private:
 
 } // namespace
 
-int CodeOfRemovedDirectory(int result) {
+int StatusOfRemovedDirectory(int result) {
     // Deliberate: errno is looked at whatever the call answered.
     if (errno == EEXIST || errno == ENOTEMPTY) {
         return VEL::StatusNotEmpty;
     }
-    return result == 0 ? VEL::StatusOk : SystemError();
+    return StatusOfCall(result);
 }
 
 int EmptyDirectory(const char* name, bool isRecursive) {

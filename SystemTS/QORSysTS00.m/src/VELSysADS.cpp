@@ -71,12 +71,14 @@ private:
     std::size_t _size = 0;
 };
 
-/// Reads what the system first tells the size of, and again where that has grown meanwhile. What is read is terminated.
+/// Reads what the system first tells the size of, and again where that has grown meanwhile, but not for ever. What is
+/// read is terminated.
 /// @param read  Called with a target and its size; a size of 0 asks for the size.
 /// @return The bytes read, or a negative number.
 template <class Read>
 ssize_t ReadGrowing(Buffer& buffer, const Read& read) {
-    for (;;) {
+    constexpr int tries = 16;
+    for (int i = 0; i < tries; ++i) {
         const ssize_t wanted = read(nullptr, 0);
         if (wanted <= 0) {
             return wanted;
@@ -93,6 +95,7 @@ ssize_t ReadGrowing(Buffer& buffer, const Read& read) {
             return -1;
         }
     }
+    return -1;
 }
 
 /// Calls `take` with the name and the value of each attribute that has one.

@@ -1,10 +1,9 @@
 #include "VELSysDirectoryIterator.h"
 
-#include "FileNames.h"
 #include "PathAccess.h"
+#include "UTF8Text.h"
 #include "VELString.h"
 #include "VELSysStatus.h"
-#include "VELSysUCAlgorithm.h"
 
 #include <cstddef>
 #include <cstring>
@@ -143,16 +142,28 @@ int VELSysDirectoryIteratorImpl::Next() {
 
 int VELSysDirectoryIteratorImpl::PathOfEntry(const char* name, VELSysPath& path) const {
     const std::size_t length = std::strlen(name);
-    const bool isUTF8 = VEL::internal::IsASCIIName({name, length}) || VELSysUCAlgorithm::IsUTF8(name, length) == 0;
+    const bool isUTF8 = VEL::internal::IsUTF8(name, length);
     VELSysPathImpl* const target = PathAccess::Ensure(path);
     if (isUTF8 && target != nullptr && target != owner && IsJoinedAsItStands(*owner)) {
-        return PathAccess::SetEntry(*target, *owner, name, length) ? VEL::StatusOk : VEL::StatusFailure;
+        if (PathAccess::SetEntry(*target, *owner, name, length)) {
+            return VEL::StatusOk;
+        }
+        // What stood there names something else.
+        PathAccess::Reset(*target);
+        return VEL::StatusFailure;
     }
     // Built aside, since `path` may be the path that is listed.
     VELSysPath built;
     int rc = built.Set(PathAccess::Text(*owner));
-    if (rc >= 0) {
-        rc = isUTF8 ? built.Append(name) : built.Append(QORUnicodeString(name));
+    if (rc >= 0 && isUTF8) {
+        rc = built.Append(name);
+    } else if (rc >= 0) {
+        const QORUnicodeString text(name);
+        const bool isOutOfMemory = text.IsEmpty();
+        rc = isOutOfMemory ? VEL::StatusFailure : built.Append(text);
+        if (isOutOfMemory) {
+            built = VELSysPath();
+        }
     }
     path = built;
     return rc;

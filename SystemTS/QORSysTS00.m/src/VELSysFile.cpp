@@ -5,6 +5,7 @@
 #include "FreshName.h"
 #include "NativeText.h"
 #include "OptionalLibraries.h"
+#include "SystemError.h"
 #include "VELSysPathType.h"
 #include "VELSysStatus.h"
 #include "VLString.h"
@@ -22,11 +23,7 @@
 namespace {
 
 using VEL::internal::NativeText;
-
-/// The status of a call that answers 0 or sets `errno`.
-int StatusOf(int result) {
-    return result == 0 ? VEL::StatusOk : VELConvertError(errno, VELSysFacilitySystem);
-}
+using VEL::internal::StatusOfCall;
 
 bool IsWebAddress(const unsigned short* path) {
     return VLwcslen(path) >= 8 && (VLwcsncmp(path, HTTPURL, 7) == 0 || VLwcsncmp(path, HTTPSURL, 8) == 0);
@@ -53,7 +50,7 @@ int WebAddressStat(const unsigned short* address, struct stat64* out) {
 
 int SetFileTimes(const NativeText& path, long accessed, long modified) {
     const utimbuf times = {.actime = accessed, .modtime = modified};
-    return StatusOf(utime(path.Get(), &times));
+    return StatusOfCall(utime(path.Get(), &times));
 }
 
 constexpr char TemporaryName[] = P_tmpdir "/fileXXXXXX";
@@ -64,7 +61,7 @@ int VELSysFileStat(const unsigned short* path, struct stat64* out) {
     if (path == nullptr || out == nullptr) {
         return VEL::StatusBadHandle;
     }
-    const int rc = StatusOf(stat64(NativeText(path).Get(), out));
+    const int rc = StatusOfCall(stat64(NativeText(path).Get(), out));
     if (rc < 0 && IsWebAddress(path)) {
         return WebAddressStat(path, out);
     }
@@ -80,11 +77,11 @@ int VELSysFSetTimes(const QORUnicodeString& path, long accessed, long modified) 
 }
 
 int VELSysDeleteFile(const QORUnicodeString& path) {
-    return StatusOf(unlink(NativeText(path).Get()));
+    return StatusOfCall(unlink(NativeText(path).Get()));
 }
 
 int VELSysDeleteFile(const unsigned short* path) {
-    return StatusOf(unlink(NativeText(path).Get()));
+    return StatusOfCall(unlink(NativeText(path).Get()));
 }
 
 int VELSysGetTempFileName(QORUnicodeString& out, const char*, QORUnicodeString*) {

@@ -34,15 +34,12 @@ struct Close {
 };
 using OpenFile = std::unique_ptr<FILE, Close>;
 
-/// Lets the system move whole blocks from one stream to the other, neither of which has a buffer yet. A rest goes
-/// through the streams, so that it is the close that tells when it doesn't fit any more.
-/// @return The bytes that it moved.
-std::size_t MoveBlocks(FILE* target, FILE* source, std::size_t size) {
-    static constexpr std::size_t BlockSize = 4096;
-    const std::size_t wanted = size - size % BlockSize;
+/// Lets the system move bytes from one stream to the other, neither of which has a buffer yet.
+/// @return The bytes that it moved; the rest goes through the streams, whose failures are the ones that are told.
+std::size_t MoveBytes(FILE* target, FILE* source, std::size_t size) {
     std::size_t moved = 0;
-    while (moved < wanted) {
-        const ssize_t count = sendfile(fileno(target), fileno(source), nullptr, wanted - moved);
+    while (moved < size) {
+        const ssize_t count = sendfile(fileno(target), fileno(source), nullptr, size - moved);
         if (count <= 0) {
             break;
         }
@@ -53,7 +50,7 @@ std::size_t MoveBlocks(FILE* target, FILE* source, std::size_t size) {
 
 /// Copies `size` bytes. False when the source has fewer, when either side fails, and without memory.
 bool CopyBytes(FILE* target, FILE* source, std::size_t size) {
-    size -= MoveBlocks(target, source, size);
+    size -= MoveBytes(target, source, size);
     if (size == 0) {
         return true;
     }
@@ -74,16 +71,19 @@ bool CopyBytes(FILE* target, FILE* source, std::size_t size) {
 template <class Text>
 int CopyFile(const Text& targetPath, const Text& sourcePath, const unsigned short* sourceUnits) {
     struct stat64 status = {};
-    VELSysFileStat(sourceUnits, &status);
-    // Deliberately a signed 32-bit number: a source of 2 GiB gives an empty file.
-    const int size = static_cast<int>(status.st_size);
-
+    const bool isKnown = VELSysFileStat(sourceUnits, &status) >= 0;
     FILE* file = nullptr;
     int rc = VELSysLocalFileOpen(sourcePath, "rb", file);
     if (rc < 0) {
         return rc;
     }
     OpenFile source(file);
+    // Narrow text may name a file that its 16-bit form doesn't.
+    if (!isKnown && fstat64(fileno(file), &status) != 0) {
+        return VEL::StatusFailure;
+    }
+    // Deliberately a signed 32-bit number: a source of 2 GiB gives an empty file.
+    const int size = static_cast<int>(status.st_size);
     rc = VELSysLocalFileOpen(targetPath, "wb", file);
     if (rc < 0) {
         return rc;

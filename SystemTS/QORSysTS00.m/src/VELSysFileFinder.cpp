@@ -1,10 +1,11 @@
 #include "VELSysFileFinder.h"
 
-#include "FileNames.h"
 #include "NativeText.h"
 #include "PathAccess.h"
 #include "StringAccess.h"
 #include "StringText.h"
+#include "SystemError.h"
+#include "UTF8Text.h"
 #include "VELSysFile.h"
 #include "VELSysPath.h"
 #include "VELSysPathType.h"
@@ -27,12 +28,16 @@ static_assert(offsetof(VELSysFileFinderCtx, entry) == 0 && offsetof(VELSysFileFi
 
 namespace {
 
-using VEL::internal::IsASCIIName;
 using VEL::internal::NativeText;
 using VEL::internal::PathAccess;
+using VEL::internal::SystemError;
 
 /// Answers of `fnmatch`; what is above is an error.
 enum MatchResult : int { Matches = 0, MatchesNot = FNM_NOMATCH };
+
+bool IsASCII(std::string_view text) {
+    return VEL::internal::IsASCII(text.data(), text.size());
+}
 
 /// A pattern as it is used for name after name. One of ASCII with at most one "*" and nothing else special is compared
 /// directly, as long as the names are ASCII too: what bytes above mean, and what case is, is the locale's affair.
@@ -42,7 +47,7 @@ public:
         const std::string_view text(pattern);
         const std::size_t star = text.find('*');
         _isSimple = !isCaseIgnored && text.find_first_of("?[\\") == std::string_view::npos && text.rfind('*') == star &&
-                    IsASCIIName(text);
+                    IsASCII(text);
         _hasStar = star != std::string_view::npos;
         _head = text.substr(0, star);
         _tail = _hasStar ? text.substr(star + 1) : std::string_view();
@@ -52,7 +57,7 @@ public:
     int Match(const char* name) const {
         if (_isSimple) {
             const std::string_view text(name);
-            if (IsASCIIName(text)) {
+            if (IsASCII(text)) {
                 return MatchesSimply(text) ? Matches : MatchesNot;
             }
         }
@@ -157,9 +162,10 @@ int OpenListing(VELSysFileFinderCtx*& ctx, const QORUnicodeString& directory, co
     if (rc < 0) {
         return rc;
     }
-    DIR* const opened = opendir(NativeText(PathAccess::Text(path)).Get());
+    const NativeText name(PathAccess::Text(path));
+    DIR* const opened = opendir(name.Get());
     if (opened == nullptr) {
-        return VELConvertError(errno, VELSysFacilitySystem);
+        return SystemError();
     }
     ctx = NewListing(opened, path, pattern, options);
     return ctx != nullptr ? VEL::StatusOk : VELConvertError(ENOMEM, VELSysFacilitySystem);
@@ -203,7 +209,7 @@ int VELSysFileFinderNext(VELSysFileFinderCtx* ctx) {
         }
         errno = 0;
     }
-    return errno != 0 ? VELConvertError(errno, VELSysFacilitySystem) : VEL::StatusNoMoreFiles;
+    return errno != 0 ? SystemError() : VEL::StatusNoMoreFiles;
 }
 
 int VELSysFileFinderCurrentName(const VELSysFileFinderCtx* ctx, QORUnicodeString& name) {
@@ -218,7 +224,12 @@ int VELSysFileFinderCurrentStat(const VELSysFileFinderCtx* ctx, struct stat64* o
     if (ctx == nullptr || ctx->entry == nullptr) {
         return VEL::StatusBadArgument;
     }
-    const QORUnicodeString path = ctx->directoryText + QORUnicodeString(ctx->entry->d_name);
+    const QORUnicodeString name(ctx->entry->d_name);
+    const QORUnicodeString path = ctx->directoryText + name;
+    // Without memory a part would be missing, and what is left names something else.
+    if (name.IsEmpty() || path.GetLengthInChar() != ctx->directoryText.GetLengthInChar() + name.GetLengthInChar()) {
+        return VELConvertError(ENOMEM, VELSysFacilitySystem);
+    }
     return VELSysFileStat(path.ConvertToUCChar(), out);
 }
 

@@ -98,8 +98,9 @@ int FindSplit(const UTF16Range& path) {
         return static_cast<int>(found.base() - path.text) - 1;
     };
     const int none = static_cast<int>(begin - path.text) - 1;
+    // A text with a scheme has a slash, so a backslash never splits it.
     int split = last(Slash[0]);
-    if (split == none && std::search(begin, end, URL, URL + 3) == end) {
+    if (split == none) {
         split = last(AntiS[0]);
     }
     return split == none ? -1 : split;
@@ -159,11 +160,12 @@ int VELSysMakePath(QORUnicodeString& directory, const QORUnicodeString& name) {
     }
     // Joined aside, since the two may be one object.
     QORUnicodeString joined(directory);
-    if (!EndsInSlash(joined)) {
+    const bool isApart = !EndsInSlash(joined);
+    if (isApart) {
         joined.Append("/");
     }
     joined.Append(name);
-    if (joined.IsEmpty()) {
+    if (joined.GetLengthInChar() != directory.GetLengthInChar() + (isApart ? 1 : 0) + name.GetLengthInChar()) {
         return OutOfMemory();
     }
     directory = std::move(joined);
@@ -176,7 +178,11 @@ int VELSysSplitPath(const QORUnicodeString& path, QORUnicodeString& directory, Q
     }
     // Holds the text while the arguments change.
     const QORUnicodeString whole(path);
-    const UTF16Range text = UTF16Of(StringAccess::BlockOf(whole));
+    const auto block = StringAccess::BlockOf(whole);
+    const UTF16Range text = UTF16Of(block);
+    if (VEL::internal::IsMissing(block, text)) {
+        return OutOfMemory();
+    }
     const int split = FindSplit(text);
     if (split < 0) {
         directory.Reset();
@@ -184,10 +190,17 @@ int VELSysSplitPath(const QORUnicodeString& path, QORUnicodeString& directory, Q
         return VEL::StatusOk;
     }
     const int nameLength = text.length - split - 1;
+    QORUnicodeString head;
+    QORUnicodeString tail;
+    head.BuildFromUTF16(text.text, static_cast<unsigned long>(split));
+    tail.BuildFromUTF16(text.text + split + 1, static_cast<unsigned long>(nameLength));
+    if (head.IsEmpty() != (split == 0) || tail.IsEmpty() != (nameLength == 0)) {
+        return OutOfMemory();
+    }
     const bool isTooLong = &path == &name && nameLength > StagedNameSize;
-    directory.BuildFromUTF16(text.text, static_cast<unsigned long>(split));
+    directory = std::move(head);
     if (!isTooLong) {
-        name.BuildFromUTF16(text.text + split + 1, static_cast<unsigned long>(nameLength));
+        name = std::move(tail);
     }
     return VEL::StatusOk;
 }

@@ -3,10 +3,10 @@
 #include "NativeText.h"
 #include "QORToken.h"
 #include "QORUnicodeChar.h"
+#include "SystemError.h"
 #include "VELSysEnviron.h"
 #include "VELSysFile.h"
 #include "VELSysPath.h"
-#include "VELSysPathType.h"
 #include "VELSysStatus.h"
 #include "VELSysTSArg.h"
 #include "VELSysUCAlgorithm.h"
@@ -39,7 +39,7 @@ constexpr int NoProgram = -2;
 constexpr std::size_t LongestSource = 4095;
 
 int StatOf(const QORUnicodeString& path, struct stat64& status) {
-    return stat64(NativeText(path).Get(), &status) == 0 ? VEL::StatusOk : VELConvertError(errno, VELSysFacilitySystem);
+    return VEL::internal::StatusOfCall(stat64(NativeText(path).Get(), &status));
 }
 
 /// Looks whether `found` is a program; where it isn't there, without quotes and blanks around it.
@@ -196,7 +196,9 @@ int VELFindFileByRelPath(const QORUnicodeString& relative, QORUnicodeString& fou
             return 0;
         }
         VELSysPath path(piece);
-        if (path.Append(relative) >= 0 && (path.IsFile(0) || path.IsDirectory(0))) {
+        // Deliberate: what can't be appended leaves the directory itself to be looked for.
+        path.Append(relative);
+        if (path.IsFile(0) || path.IsDirectory(0)) {
             path.GetAsString(found);
             return 1;
         }

@@ -293,13 +293,13 @@ VELSysPath VELSysPath::GetName(int* rc) const {
         return name;
     }
     PathAccess::Cut cut{};
-    if (_impl == nullptr || PathAccess::FindCut(*_impl, cut) != VEL::StatusOk) {
-        name = *this;
-        Report(rc, VEL::StatusOk);
-        return name;
-    }
+    const bool hasParent = _impl != nullptr && PathAccess::FindCut(*_impl, cut) == VEL::StatusOk &&
+                           PathAccess::HasKind(PathAccess::Text(*_impl), cut.parentLength);
     int code = VEL::StatusFailure;
-    if (name._impl != nullptr && cut.nameLength > 0) {
+    if (!hasParent) {
+        name = *this;
+        code = IsValid() && !name.IsValid() ? VEL::StatusFailure : VEL::StatusOk;
+    } else if (name._impl != nullptr && cut.nameLength > 0) {
         code = PathAccess::Build(*name._impl, cut.name, cut.nameLength, PathAccess::FromString);
     }
     Report(rc, code);

@@ -2,6 +2,7 @@
 
 #include "NativeText.h"
 #include "PathAccess.h"
+#include "SystemError.h"
 #include "TreeRemoval.h"
 #include "VELSysPathType.h"
 #include "VELSysStatus.h"
@@ -15,24 +16,22 @@
 
 using VEL::internal::NativeText;
 using VEL::internal::PathAccess;
+using VEL::internal::StatusOfCall;
+using VEL::internal::SystemError;
 
 namespace {
 
-int SystemError() {
-    return VELConvertError(errno, VELSysFacilitySystem);
-}
-
-int CodeOf(int result) {
-    return result == 0 ? VEL::StatusOk : SystemError();
-}
+/// What is removed or moved over must be what is meant: a text with characters that the native code page lacks would
+/// name something else, and stands for nothing that is there.
+constexpr int NoSuchName = VEL::StatusNotFound;
 
 /// Makes one directory. Something that is there under its name is as good.
 int MakeDirectory(const char* text) {
     // The mask can only be read by setting it, which other threads see for a moment.
     const mode_t mask = umask(0);
     umask(mask);
-    const int code = CodeOf(mkdir(NativeText(text).Get(), mask | S_IRWXU | S_IRWXG | S_IRWXO));
-    return code < 0 && errno == EEXIST ? VEL::StatusOk : code;
+    const int code = StatusOfCall(mkdir(NativeText(text).Get(), mask | S_IRWXU | S_IRWXG | S_IRWXO));
+    return code == VELConvertError(EEXIST, VELSysFacilitySystem) ? VEL::StatusOk : code;
 }
 
 struct Free {
@@ -91,7 +90,11 @@ int VELSysPathImpl::remove(int recursive) {
 }
 
 int VELSysPathImpl::removeFile() {
-    const int code = isFile(0) ? CodeOf(unlink(NativeText(_path).Get())) : VEL::StatusFailure;
+    int code = VEL::StatusFailure;
+    if (isFile(0)) {
+        const NativeText name(_path);
+        code = name.IsExact() ? StatusOfCall(unlink(name.Get())) : NoSuchName;
+    }
     _statValid = 0;
     return code;
 }
@@ -105,16 +108,19 @@ int VELSysPathImpl::removeDirectory(int recursive) {
         return VEL::StatusNotImplemented;
     }
     const NativeText name(_path);
+    if (!name.IsExact()) {
+        return NoSuchName;
+    }
     errno = 0;
-    // What a logical name stands for is listed but never removed: its entries have no name that the system knows, and
-    // neither has it.
+    // What a logical name stands for is never removed: its entries have no name that the system knows, and neither has
+    // it.
     if (!PathAccess::IsLogical(*this)) {
         const int code = VEL::internal::EmptyDirectory(name.Get(), recursive == 1);
         if (code < 0) {
             return code;
         }
     }
-    const int code = VEL::internal::CodeOfRemovedDirectory(rmdir(name.Get()));
+    const int code = VEL::internal::StatusOfRemovedDirectory(rmdir(name.Get()));
     _statValid = 0;
     return code;
 }
@@ -130,9 +136,12 @@ int VELSysPathImpl::move(const VELSysPath& target) {
     if (!IsLocal(*to)) {
         return VEL::StatusFailure;
     }
-    return CodeOf(rename(NativeText(_path).Get(), NativeText(PathAccess::Text(*to)).Get()));
+    const NativeText from(_path);
+    const NativeText name(PathAccess::Text(*to));
+    return from.IsExact() && name.IsExact() ? StatusOfCall(rename(from.Get(), name.Get())) : NoSuchName;
 }
 
 int VELSysPathImpl::chmod(long mode) {
-    return _path != nullptr ? CodeOf(::chmod(NativeText(_path).Get(), static_cast<mode_t>(mode))) : VEL::StatusFailure;
+    return _path != nullptr ? StatusOfCall(::chmod(NativeText(_path).Get(), static_cast<mode_t>(mode)))
+                            : VEL::StatusFailure;
 }

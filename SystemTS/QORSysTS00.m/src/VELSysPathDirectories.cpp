@@ -3,6 +3,7 @@
 #include "EnvironmentConverter.h"
 #include "FreshName.h"
 #include "PathAccess.h"
+#include "UTF8Text.h"
 #include "VELSysStatus.h"
 
 #include <atomic>
@@ -39,7 +40,8 @@ int SetFromNative(VELSysPath& path, const char* text) {
     if (text == nullptr || VEL::internal::EnvironmentConverter().IsUTF8()) {
         return path.Set(text);
     }
-    return path.Set(QORUnicodeString(text));
+    const QORUnicodeString native(text);
+    return path.Set(VEL::internal::UTF8Text(native).Get());
 }
 
 /// Room for the name of a temporary file with its terminator.

@@ -193,6 +193,10 @@ bool PathAccess::SetClassified(VELSysPathImpl& impl, const char* text, std::size
     return true;
 }
 
+bool PathAccess::HasKind(const char* text, std::size_t n) {
+    return KindOf(text, n).bit != VELSysPathTypeInvalid;
+}
+
 bool PathAccess::SetEntry(VELSysPathImpl& impl, const VELSysPathImpl& owner, const char* name, std::size_t n) {
     if (owner._path == nullptr) {
         return false;

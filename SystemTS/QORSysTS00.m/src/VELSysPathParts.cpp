@@ -135,7 +135,8 @@ int VELSysPathImpl::addExtension(const char* extension) {
 
 int VELSysPathImpl::addExtension(const unsigned short* extension) {
     const UTF8Text utf8(extension);
-    return utf8.Get() != nullptr ? AppendExtension(*this, utf8.Get(), utf8.Length()) : VEL::StatusFailure;
+    return _path != nullptr && utf8.Get() != nullptr ? AppendExtension(*this, utf8.Get(), utf8.Length())
+                                                     : VEL::StatusFailure;
 }
 
 int VELSysPathImpl::addExtension(const QORUnicodeString& extension) {

@@ -3,10 +3,10 @@
 #include "NativeText.h"
 #include "OptionalLibraries.h"
 #include "PathAccess.h"
+#include "SystemError.h"
 #include "VELSysPathType.h"
 #include "VELSysStatus.h"
 
-#include <cerrno>
 #include <memory>
 #include <optional>
 #include <unistd.h>
@@ -14,17 +14,9 @@
 
 using VEL::internal::NativeText;
 using VEL::internal::PathAccess;
-
-// Deliberate: one bit of the mode is tested, not the type, which has four. So a socket is a file and a directory, and a
-// block device a directory.
-constexpr unsigned int FileBit = 0x8000;
-constexpr unsigned int DirectoryBit = 0x4000;
+using VEL::internal::StatusOfCall;
 
 namespace {
-
-int SystemError() {
-    return VELConvertError(errno, VELSysFacilitySystem);
-}
 
 int AskWeb(const VELSysPathImpl& impl, struct stat64& out) {
     const auto ask = VEL::internal::HttpInfo();
@@ -79,7 +71,7 @@ int VELSysPathImpl::_AskSystem() {
     if (name.Get() == nullptr) {
         return VEL::StatusFailure;
     }
-    return stat64(name.Get(), &_statCache) == 0 ? VEL::StatusOk : SystemError();
+    return StatusOfCall(stat64(name.Get(), &_statCache));
 }
 
 int VELSysPathImpl::Initialize() {
@@ -102,23 +94,23 @@ bool VELSysPathImpl::exists(int refresh) {
     return (!PathAccess::IsWeb(*this) && _statValid != 0 && refresh == 0) || Initialize() >= 0;
 }
 
-bool VELSysPathImpl::_HasModeBit(unsigned int bit, int refresh) {
+bool VELSysPathImpl::_HasMode(bool (*isMode)(unsigned int), int refresh) {
     if (_path == nullptr) {
         return false;
     }
     if (PathAccess::IsWeb(*this)) {
         struct stat64 answer = {};
-        return AskWeb(*this, answer) >= 0 && (answer.st_mode & bit) != 0;
+        return AskWeb(*this, answer) >= 0 && isMode(answer.st_mode);
     }
-    return ((_statValid != 0 && refresh == 0) || Initialize() >= 0) && (_statCache.st_mode & bit) != 0;
+    return ((_statValid != 0 && refresh == 0) || Initialize() >= 0) && isMode(_statCache.st_mode);
 }
 
 bool VELSysPathImpl::isFile(int refresh) {
-    return _HasModeBit(FileBit, refresh);
+    return _HasMode(VEL::internal::IsFileMode, refresh);
 }
 
 bool VELSysPathImpl::isDirectory(int refresh) {
-    return _HasModeBit(DirectoryBit, refresh);
+    return _HasMode(VEL::internal::IsDirectoryMode, refresh);
 }
 
 bool VELSysPathImpl::_IsAccessible(int permission) {
@@ -151,7 +143,7 @@ int VELSysPathImpl::setTimes(long modified, long accessed) {
         return VEL::StatusFailure;
     }
     const utimbuf times{accessed, modified};
-    return utime(NativeText(_path).Get(), &times) == 0 ? VEL::StatusOk : SystemError();
+    return StatusOfCall(utime(NativeText(_path).Get(), &times));
 }
 
 const char* VELSysPathImpl::TranslateDLName() {
@@ -169,10 +161,10 @@ const char* VELSysPathImpl::TranslateDLName() {
     name.BuildFromUTF8(_path, _length);
     unsigned short* found = nullptr;
     const int code = translate(name.ConvertToUCChar(), &found, 0, 0, 1);
+    const std::unique_ptr<unsigned short[]> owned(found);
     if (code < 0) {
         return nullptr;
     }
-    const std::unique_ptr<unsigned short[]> owned(found);
     if (found != nullptr) {
         _translated.BuildFromUCChar(found);
     }

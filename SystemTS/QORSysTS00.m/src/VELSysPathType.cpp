@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 
 const unsigned short URL[4] = {':', '/', '/', 0};
 const unsigned short HTTPURL[8] = {'h', 't', 't', 'p', ':', '/', '/', 0};
@@ -51,75 +52,27 @@ int KindOf(const unsigned short* text, std::size_t length) {
     return HasScheme(text, length) ? VELSysPathKindOtherURL : VELSysPathKindRelative;
 }
 
-unsigned int StorageCode(int error) {
-    switch (error) {
-    case ENOENT:
-        return 0x02;
-    case EIO:
-        return 0x1d;
-    case EBADF:
-        return 0x06;
-    case EAGAIN:
-        return 0x21;
-    case ENOMEM:
-        return 0x08;
-    case EACCES:
-        return 0x05;
-    case EFAULT:
-        return 0xfc;
-    case EEXIST:
-        return 0x50;
-    case EINVAL:
-        return 0x57;
-    case ENFILE:
-        return 0x70;
-    case EMFILE:
-        return 0x04;
-    case ENOSPC:
-        return 0x70;
-    case EROFS:
-        return 0x13;
-    case ENAMETOOLONG:
-        return 0xfc;
-    case EDQUOT:
-        return 0x1d;
-    default:
-        return 0xfd;
-    }
-}
+/// The low part of the status codes of one `errno`: of facility 3, and of all others.
+struct ErrorCodes {
+    int error;
+    unsigned int storage;
+    unsigned int other;
+};
 
-unsigned int SystemCode(int error) {
-    switch (error) {
-    case ENOENT:
-        return 0x02;
-    case EINTR:
-        return 0x3e3;
-    case EBADF:
-        return 0x06;
-    case ENOMEM:
-        return 0x08;
-    case EACCES:
-        return 0x05;
-    case EEXIST:
-        return 0x50;
-    case EINVAL:
-        return 0x57;
-    case ENFILE:
-        return 0x12;
-    case EMFILE:
-        return 0x04;
-    case ENOSPC:
-        return 0x70;
-    case EROFS:
-        return 0x13;
-    case ENAMETOOLONG:
-        return 0x7b;
-    case EOVERFLOW:
-        return 0x216;
-    default:
-        return 0x4005;
-    }
-}
+constexpr unsigned int UnknownStorage = 0xfd;
+constexpr unsigned int UnknownOther = 0x4005;
+
+constexpr ErrorCodes Errors[] = {
+    {ENOENT, 0x02, 0x02},         {EINTR, UnknownStorage, 0x3e3},
+    {EIO, 0x1d, UnknownOther},    {EBADF, 0x06, 0x06},
+    {EAGAIN, 0x21, UnknownOther}, {ENOMEM, 0x08, 0x08},
+    {EACCES, 0x05, 0x05},         {EFAULT, 0xfc, UnknownOther},
+    {EEXIST, 0x50, 0x50},         {EINVAL, 0x57, 0x57},
+    {ENFILE, 0x70, 0x12},         {EMFILE, 0x04, 0x04},
+    {ENOSPC, 0x70, 0x70},         {EROFS, 0x13, 0x13},
+    {ENAMETOOLONG, 0xfc, 0x7b},   {EOVERFLOW, UnknownStorage, 0x216},
+    {EDQUOT, 0x1d, UnknownOther},
+};
 
 } // namespace
 
@@ -137,6 +90,12 @@ int VELSysGetPathType(const unsigned short* path, int* kind, std::size_t length)
 }
 
 int VELConvertError(int error, int facility) {
-    const unsigned int code = facility == VELSysFacilityStorage ? StorageCode(error) : SystemCode(error);
+    const bool isStorage = facility == VELSysFacilityStorage;
+    const auto* const known = std::find_if(std::begin(Errors), std::end(Errors),
+                                           [=](const ErrorCodes& codes) { return codes.error == error; });
+    unsigned int code = isStorage ? UnknownStorage : UnknownOther;
+    if (known != std::end(Errors)) {
+        code = isStorage ? known->storage : known->other;
+    }
     return static_cast<int>(0x80000000u | static_cast<unsigned int>(facility) << 16 | code);
 }
