@@ -53,7 +53,7 @@ QORSYSTS_EXPORT int VELSysTSSetArg(int argc, char** argv);
 /// @param isAdded   Receives 0 for an option of the command line, 1 for one of VELSysTSAddArg().
 /// @param value     Receives the value; keeps its text when there is none.
 /// @return 0; VEL::StatusNotFound when there is no such option; VEL::StatusFailure when nobody has filled the store yet
-///         or there is no memory. On failure nothing is touched.
+///         or there is no memory. On failure nothing is touched, but that a lack of memory may leave `value` empty.
 QORSYSTS_EXPORT int VELSysTSGetArg(const char* key, int& hasValue, int& isAdded, QORUnicodeString& value);
 QORSYSTS_EXPORT int VELSysTSGetArg(char* key, int& hasValue, int& isAdded, QORUnicodeString& value);
 QORSYSTS_EXPORT int VELSysTSGetArg(const char* key, int& hasValue, int& isAdded, QORSysTSUnicodeString& value);

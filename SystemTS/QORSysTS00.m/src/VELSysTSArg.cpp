@@ -266,7 +266,7 @@ int StoreArgument(QORSysSimpleHashTable& table, int argc, char** argv, int i) {
     return i + 1;
 }
 
-/// Hands a value out as a wide string. False without memory.
+/// Hands a value out as a wide string. False without memory, which may leave the string empty.
 bool BuildFromValue(QORUnicodeString& string, const char* value) {
     unsigned short shortScratch[ShortValue + 1];
     std::unique_ptr<unsigned short[]> longScratch;
@@ -284,13 +284,8 @@ bool BuildFromValue(QORUnicodeString& string, const char* value) {
     }
     int units = 0;
     QORSysTSCodePage::ConvertUTF8ToUCS2(value, length, scratch, &units);
-    QORUnicodeString built;
-    built.BuildFromUCChar(scratch, units);
-    if (built.IsEmpty() && units > 0) {
-        return false;
-    }
-    string = built;
-    return true;
+    string.BuildFromUCChar(scratch, units);
+    return units == 0 || !string.IsEmpty();
 }
 
 /// The text as UTF-8; null without memory.
