@@ -272,6 +272,7 @@ TEST_F(Removal, TellsWhatTheSystemRefuses) {
         EXPECT_EQ(codeOf(), "80070005");
     }
     chmod(root.c_str(), 0700);
+    chmod((root / "closed").c_str(), 0700);
     EXPECT_EQ(Remove(1), 0);
 }
 

@@ -4,7 +4,7 @@
 set -euo pipefail
 program=$2
 tree=$(mktemp -d)
-trap 'rm -rf "$tree"' EXIT
+trap 'rm -rf "$tree" "$tree.err" "$tree.report"' EXIT
 
 mkdir -p "$tree/deep/deeper"
 printf 'one two\n' >"$tree/a.txt"
