@@ -3,6 +3,7 @@
 #pragma once
 
 #include "QORUnicodeString.h"
+#include "UTF8Bytes.h"
 #include "VELSysStatus.h"
 #include "VELSysTSArg.h"
 
@@ -42,15 +43,6 @@ inline Found Failed(int status) {
 }
 inline Found Missing() {
     return Failed(VEL::StatusNotFound);
-}
-
-inline std::string UTF8Of(const QORUnicodeString& text) {
-    unsigned long length = 0;
-    text.ConvertToUTF8(nullptr, &length);
-    std::string bytes(length, '\0');
-    text.ConvertToUTF8(bytes.data(), &length);
-    bytes.resize(length);
-    return bytes;
 }
 
 inline Found Get(const char* key) {

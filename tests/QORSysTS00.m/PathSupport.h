@@ -4,6 +4,7 @@
 
 #include "GroupLibrary.h"
 #include "PathAccess.h"
+#include "UTF8Bytes.h"
 
 #include <cstring>
 #include <dlfcn.h>
@@ -89,16 +90,6 @@ inline QORUnicodeString Wide(const std::u16string& text) {
 
 inline const unsigned short* Units(const char16_t* text) {
     return reinterpret_cast<const unsigned short*>(text);
-}
-
-template <class String>
-std::string UTF8Of(const String& s) {
-    unsigned long n = 0;
-    s.ConvertToUTF8(nullptr, &n);
-    std::string text(n, '\0');
-    s.ConvertToUTF8(text.data(), &n);
-    text.resize(n);
-    return text;
 }
 
 /// Loads the optional library and gives what its answers are made of. Without this call there is no such library.

@@ -34,6 +34,20 @@ protected:
     const std::filesystem::path source = scratch / "source";
     const std::filesystem::path target = scratch / "target";
     int Copy() { return VELSysLocalFileCopy(QORUnicodeString(target.c_str()), QORUnicodeString(source.c_str())); }
+    /// Copies a million bytes, of which the second read finds `size`.
+    int CopyWhileTheSourceBecomes(std::uintmax_t size, bool canMove) {
+        WriteFile(source, std::string(1000000, 'x'));
+        Changes changes;
+        changes.canMove = canMove;
+        changes.mostMoved = 300000;
+        int reads = 0;
+        changes.beforeRead = [&] {
+            if (++reads == 2) {
+                std::filesystem::resize_file(source, size);
+            }
+        };
+        return Copy();
+    }
     FILE* file = reinterpret_cast<FILE*>(8);
 };
 
@@ -146,34 +160,14 @@ TEST_F(VELSysLocalFileTest, AFileCopiedToItselfIsEmptied) {
 
 TEST_F(VELSysLocalFileTest, ASourceThatShrinksFails) {
     for (const bool canMove : {true, false}) {
-        WriteFile(source, std::string(1000000, 'x'));
-        Changes changes;
-        changes.canMove = canMove;
-        changes.mostMoved = 300000;
-        int reads = 0;
-        changes.beforeRead = [&] {
-            if (++reads == 2) {
-                std::filesystem::resize_file(source, 500000);
-            }
-        };
-        EXPECT_EQ(Copy(), VEL::StatusFailure);
+        EXPECT_EQ(CopyWhileTheSourceBecomes(500000, canMove), VEL::StatusFailure);
         EXPECT_EQ(ReadFile(target), std::string(500000, 'x'));
     }
 }
 
 TEST_F(VELSysLocalFileTest, ASourceThatGrowsIsCopiedAsLongAsItWas) {
     for (const bool canMove : {true, false}) {
-        WriteFile(source, std::string(1000000, 'x'));
-        Changes changes;
-        changes.canMove = canMove;
-        changes.mostMoved = 300000;
-        int reads = 0;
-        changes.beforeRead = [&] {
-            if (++reads == 2) {
-                std::filesystem::resize_file(source, 2000000);
-            }
-        };
-        EXPECT_EQ(Copy(), VEL::StatusOk);
+        EXPECT_EQ(CopyWhileTheSourceBecomes(2000000, canMove), VEL::StatusOk);
         EXPECT_EQ(ReadFile(target), std::string(1000000, 'x'));
     }
 }

@@ -2,6 +2,7 @@
 // checks, the locale lock, then the participants of language, trace and context. Registering only records functions;
 // no participant runs at load.
 
+#include "DuplicateText.h"
 #include "QORInterUnicodeString.h"
 #include "QORResourceLock.h"
 #include "SessionState.h"
@@ -14,7 +15,6 @@
 #include <locale>
 #include <memory>
 #include <mutex>
-#include <new>
 
 namespace {
 
@@ -40,13 +40,7 @@ void StartLanguage(void*) {
     std::unique_ptr<char[]> language;
     {
         const std::lock_guard guard(VEL::internal::s_preferredLanguageGuard);
-        if (const char* const preferred = VEL::internal::s_preferredLanguage) {
-            const std::size_t size = std::strlen(preferred) + 1;
-            language.reset(new (std::nothrow) char[size]);
-            if (language != nullptr) {
-                std::memcpy(language.get(), preferred, size);
-            }
-        }
+        language = VEL::internal::DuplicateText(VEL::internal::s_preferredLanguage);
     }
     // The core may call back, so it works on a copy and without the guard.
     InitNLSCore(language.get(), false);

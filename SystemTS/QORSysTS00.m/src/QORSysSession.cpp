@@ -1,5 +1,6 @@
 #include "QORSysSession.h"
 
+#include "DuplicateText.h"
 #include "QORMutex.h"
 #include "SessionState.h"
 #include "UpwardCalls.h"
@@ -8,7 +9,6 @@
 #include "VELSysTSArg.h"
 
 #include <atomic>
-#include <cstring>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -97,11 +97,7 @@ constinit std::atomic<int> s_mainFlags{0};
 void KeepPreferredLanguage(const char* language) {
     const std::lock_guard guard(VEL::internal::s_preferredLanguageGuard);
     delete[] std::exchange(s_preferredLanguage, nullptr);
-    const std::size_t size = std::strlen(language) + 1;
-    s_preferredLanguage = new (std::nothrow) char[size];
-    if (s_preferredLanguage != nullptr) {
-        std::memcpy(s_preferredLanguage, language, size);
-    }
+    s_preferredLanguage = VEL::internal::DuplicateText(language).release();
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "VELSysADS.h"
 
+#include "HeapMemory.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -64,10 +66,7 @@ public:
     std::size_t Size() const { return _size; }
 
 private:
-    struct Free {
-        void operator()(char* bytes) const { std::free(bytes); }
-    };
-    std::unique_ptr<char, Free> _bytes;
+    VEL::internal::HeapArray<char> _bytes;
     std::size_t _size = 0;
 };
 

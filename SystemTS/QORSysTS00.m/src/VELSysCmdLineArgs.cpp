@@ -1,5 +1,6 @@
 // The command line of the process, as the system knows it.
 
+#include "HeapMemory.h"
 #include "QORUnicodeString.h"
 #include "VELSysTSArg.h"
 
@@ -15,15 +16,11 @@
 #include <new>
 #include <unistd.h>
 
+using VEL::internal::HeapArray;
+
 namespace {
 
 constexpr std::size_t FirstReadSize = 1024;
-
-struct Free {
-    void operator()(void* block) const { std::free(block); }
-};
-template <class Unit>
-using HeapArray = std::unique_ptr<Unit[], Free>;
 
 /// The command line, once it was read.
 struct SavedCommandLine {

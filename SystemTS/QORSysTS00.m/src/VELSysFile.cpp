@@ -6,6 +6,7 @@
 #include "NativeText.h"
 #include "OptionalLibraries.h"
 #include "SystemError.h"
+#include "UTF8Text.h"
 #include "VELSysPathType.h"
 #include "VELSysStatus.h"
 #include "VLString.h"
@@ -35,17 +36,11 @@ int WebAddressStat(const unsigned short* address, struct stat64* out) {
     if (ask == nullptr) {
         return VEL::StatusNoLibrary;
     }
-    QORUnicodeString text;
-    text.BuildFromUCChar(address);
-    unsigned long length = 0;
-    text.ConvertToUTF8(nullptr, &length);
-    const std::unique_ptr<char[]> bytes(new (std::nothrow) char[length + 1]);
-    if (bytes == nullptr) {
+    const VEL::internal::UTF8Text text(address);
+    if (text.Get() == nullptr) {
         return VELConvertError(ENOMEM, VELSysFacilitySystem);
     }
-    text.ConvertToUTF8(bytes.get(), &length);
-    bytes[length] = 0;
-    return ask(bytes.get(), out);
+    return ask(text.Get(), out);
 }
 
 int SetFileTimes(const NativeText& path, long accessed, long modified) {

@@ -1,15 +1,16 @@
 // The search along lists of directories, for programs, and for where this program is installed.
 
+#include "DuplicateText.h"
 #include "NativeText.h"
 #include "QORToken.h"
 #include "QORUnicodeChar.h"
 #include "SystemError.h"
+#include "UTF8Text.h"
 #include "VELSysEnviron.h"
 #include "VELSysFile.h"
 #include "VELSysPath.h"
 #include "VELSysStatus.h"
 #include "VELSysTSArg.h"
-#include "VELSysUCAlgorithm.h"
 
 #include <algorithm>
 #include <atomic>
@@ -138,20 +139,13 @@ std::string LocateProgram(const char* name) {
 
 /// Native text as UTF-8: as it stands where it is UTF-8.
 std::string AsUTF8(const std::string& text) {
-    const char* bytes = text.c_str();
-    if (VELSysUCAlgorithm::IsUTF8(bytes, text.size()) == 0) {
+    if (VEL::internal::IsUTF8(text.data(), text.size())) {
         return text;
     }
-    // A narrow string may give its bytes as they stand; one that is wide doesn't.
-    const QORUnicodeString narrow(text.c_str());
-    QORUnicodeString wide;
-    wide.BuildFromUCChar(narrow.ConvertToUCChar());
-    unsigned long length = 0;
-    wide.ConvertToUTF8(nullptr, &length);
-    std::string converted(length, '\0');
-    wide.ConvertToUTF8(converted.data(), &length);
-    converted.resize(length);
-    return converted;
+    // From the wide form: a narrow string may give its bytes as they stand.
+    const QORUnicodeString native(text.c_str());
+    const VEL::internal::UTF8Text converted(native.ConvertToUCChar());
+    return converted.Get() != nullptr ? std::string(converted.Get(), converted.Length()) : std::string();
 }
 
 /// The program's directory without the two above it: below "linux/code/bin" stands what is run.
@@ -167,12 +161,6 @@ std::string FindInstallPath() {
         path.resize(slash);
     }
     return AsUTF8(path);
-}
-
-const char* NewArrayOf(const std::string& text) {
-    char* const copy = new char[text.size() + 1];
-    std::memcpy(copy, text.c_str(), text.size() + 1);
-    return copy;
 }
 
 } // namespace
@@ -216,16 +204,20 @@ const char* VELGetMainInstallPath() {
     if (path != nullptr) {
         return path;
     }
-    const char* made = nullptr;
+    std::unique_ptr<char[]> made;
     try {
-        made = NewArrayOf(FindInstallPath());
+        const std::string found = FindInstallPath();
+        made = VEL::internal::DuplicateText(found.c_str(), found.size());
     } catch (const std::exception&) {
+        made = nullptr;
+    }
+    if (made == nullptr) {
         // Without memory it isn't known this time.
         return "";
     }
-    if (!s_path.compare_exchange_strong(path, made, std::memory_order_acq_rel, std::memory_order_acquire)) {
-        delete[] made;
+    // The first one stays, since its address is out.
+    if (!s_path.compare_exchange_strong(path, made.get(), std::memory_order_acq_rel, std::memory_order_acquire)) {
         return path;
     }
-    return made;
+    return made.release();
 }

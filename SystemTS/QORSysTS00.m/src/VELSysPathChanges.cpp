@@ -1,5 +1,6 @@
 // What a path changes in the file system.
 
+#include "HeapMemory.h"
 #include "NativeText.h"
 #include "PathAccess.h"
 #include "SystemError.h"
@@ -34,10 +35,6 @@ int MakeDirectory(const char* text) {
     return code == VELConvertError(EEXIST, VELSysFacilitySystem) ? VEL::StatusOk : code;
 }
 
-struct Free {
-    void operator()(char* text) const { std::free(text); }
-};
-
 /// Ends `text`, which is that of `path`, at each directory that has to be made before the one behind it, and puts a
 /// terminator in place of the slash there.
 void CutAtMissingParents(const VELSysPathImpl& path, char* text) {
@@ -67,7 +64,7 @@ int VELSysPathImpl::createDirectory() {
         return VEL::StatusOk;
     }
     _statValid = 0;
-    const std::unique_ptr<char, Free> text(strdup(_path));
+    const VEL::internal::HeapArray<char> text(strdup(_path));
     if (text == nullptr) {
         return VEL::StatusFailure;
     }
