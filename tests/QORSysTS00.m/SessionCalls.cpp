@@ -131,7 +131,7 @@ int __wrap__Z30VELStringPoolSetForCurrentThrdi(int on) {
     return __real__Z30VELStringPoolSetForCurrentThrdi(on);
 }
 
-void __wrap__ZN3VEL8internal13DeinitIConvTSEi(int code) {
+void __wrap__ZN17VELSysIConvTSWrap14sDeinitIConvTSEi(int code) {
     Record("DeinitIConvTS %d", code);
 }
 

@@ -46,7 +46,4 @@ int TraceInfo(void* trace, const char* format, ...) __attribute__((format(printf
 /// Stack traces: prints the calling stack on standard output. The warnings of the narrow string show it.
 void PrintStackTrace();
 
-/// Converter registry: ends all conversion support at the end of a session.
-void DeinitIConvTS(int code);
-
 } // namespace VEL::internal

@@ -1,12 +1,13 @@
 #include "QORSysSession.h"
 
 #include "DuplicateText.h"
-#include "QORMutex.h"
 #include "SessionState.h"
 #include "UpwardCalls.h"
 #include "VELString.h"
+#include "VELSysIConvTSWrap.h"
 #include "VELSysLifeCycle.h"
 #include "VELSysTSArg.h"
+#include "WithdrawableMutex.h"
 
 #include <atomic>
 #include <mutex>
@@ -19,77 +20,8 @@ namespace {
 
 constexpr const char* PreferredLanguageKey = "sys.nls.core.preferredlang";
 
-/// The main mutex, published when there is none and withdrawn at the end, while another thread may just have read it:
-/// whoever reads it holds it, and the last holder destroys it.
-class MainMutex {
-public:
-    /// Makes a mutex and makes it the main mutex, unless there is one.
-    static void Publish() {
-        auto* made = new (std::nothrow) MainMutex;
-        const std::lock_guard guard(s_guard);
-        if (s_published == nullptr) {
-            s_published = made;
-        } else {
-            delete made;
-        }
-    }
-
-    /// Takes the main mutex back from those who come later.
-    static void Withdraw() {
-        const std::lock_guard guard(s_guard);
-        if (s_published != nullptr) {
-            std::exchange(s_published, nullptr)->Drop();
-        }
-    }
-
-    /// The main mutex as one thread holds and locks it.
-    class Lock {
-    public:
-        Lock() : _held(Hold()) {
-            if (_held != nullptr) {
-                _held->_mutex.Lock();
-            }
-        }
-        Lock(const Lock&) = delete;
-        Lock& operator=(const Lock&) = delete;
-        ~Lock() {
-            if (_held != nullptr) {
-                _held->_mutex.Unlock();
-                const std::lock_guard guard(s_guard);
-                _held->Drop();
-            }
-        }
-        /// False when no mutex is published.
-        explicit operator bool() const { return _held != nullptr; }
-
-    private:
-        static MainMutex* Hold() {
-            const std::lock_guard guard(s_guard);
-            if (s_published != nullptr) {
-                ++s_published->_holders;
-            }
-            return s_published;
-        }
-
-        MainMutex* const _held;
-    };
-
-private:
-    void Drop() {
-        if (--_holders == 0) {
-            delete this;
-        }
-    }
-
-    static constinit std::mutex s_guard;
-    static constinit MainMutex* s_published;
-
-    QORMutex _mutex{0, 1, 0};
-    int _holders = 1; ///< Threads that hold it, and 1 while it is published; under `s_guard`.
-};
-
-constinit std::mutex MainMutex::s_guard;
-constinit MainMutex* MainMutex::s_published = nullptr;
+/// Taken while VELSysMainInitialize() and VELSysMainFinalize() work.
+constinit VEL::internal::WithdrawableMutex s_mainMutex;
 
 /// The last flags given. Atomic, since a withdrawn mutex and its successor may both be locked at one moment.
 constinit std::atomic<int> s_mainFlags{0};
@@ -110,7 +42,7 @@ int QORSysEndSessionTS(int code) {
     VELSysLifeCycleDispatchFinalization();
     VELSysFinalReleaseCPUResourceManager(code);
     VELStringDeInit(code);
-    VEL::internal::DeinitIConvTS(code);
+    VELSysIConvTSWrap::sDeinitIConvTS(code);
     return 0;
 }
 
@@ -125,8 +57,8 @@ int VELSystemInit(VELSysHashMapString const& settings) {
 
 void VELSysMainInitialize(int argc, char** argv, int flags) {
     // On every call, also when one is published already.
-    MainMutex::Publish();
-    const MainMutex::Lock lock;
+    s_mainMutex.Publish();
+    const VEL::internal::WithdrawableMutex::Lock lock(s_mainMutex);
     if (!lock) {
         return;
     }
@@ -142,7 +74,7 @@ void VELSysMainInitialize(int argc, char** argv, int flags) {
 
 void VELSysMainFinalize() {
     {
-        const MainMutex::Lock lock;
+        const VEL::internal::WithdrawableMutex::Lock lock(s_mainMutex);
         if (!lock) {
             return;
         }
@@ -150,7 +82,7 @@ void VELSysMainFinalize() {
             VELSysWatchDogFinalize();
         }
     }
-    MainMutex::Withdraw();
+    s_mainMutex.Withdraw();
 }
 
 int VELStringInit(unsigned int checks) {

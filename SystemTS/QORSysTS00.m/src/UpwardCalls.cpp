@@ -1,5 +1,5 @@
-// Language core, watchdog, trace manager, application context and converter registry, for as long as
-// none of them is there: each answers as it does while nothing is configured. Whoever brings one takes its lines away.
+// Language core, watchdog, trace manager and application context, for as long as none of them is there: each answers
+// as it does while nothing is configured. Whoever brings one takes its lines away.
 
 #include "UpwardCalls.h"
 
@@ -60,5 +60,3 @@ const char* VELSysNeutralCoreApplicationGetEnvironmentVariableA(const char*) {
 }
 
 void VEL::internal::EnsureMainContext() {}
-
-void VEL::internal::DeinitIConvTS(int) {}

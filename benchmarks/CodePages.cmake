@@ -1,0 +1,1 @@
+qor_add_benchmark(IConvBenchmark SOURCES IConvBenchmark.cpp LINK QORSysTS)

@@ -1,0 +1,28 @@
+/// @file
+/// What the converter registry asks of the C library and of the companion, recorded; refusals on demand.
+#pragma once
+
+#include <functional>
+#include <iconv.h>
+#include <string>
+#include <vector>
+
+namespace IConvCalls {
+
+/// The calls of `iconv_open`, in order, each as "from > to".
+std::vector<std::string> Opens();
+/// The descriptors that were opened, in order.
+std::vector<iconv_t> Opened();
+/// The descriptors that were closed, in order.
+std::vector<iconv_t> Closed();
+/// The calls that make, fill, empty and delete mutex and queue, in order.
+std::vector<std::string> Companion();
+
+/// Makes `iconv_open` fail for one direction.
+void Refuse(const std::string& from, const std::string& to);
+/// Runs `action` inside the next call of `iconv_open`, before it opens anything.
+void InsideNextOpen(std::function<void()> action);
+
+inline const iconv_t None = reinterpret_cast<iconv_t>(-1);
+
+} // namespace IConvCalls
