@@ -43,6 +43,7 @@
 #include "VELString.h"
 #include "VELStringIteration.h"
 #include "VELSysADS.h"
+#include "VELSysCLocale.h"
 #include "VELSysCodePage.h"
 #include "VELSysDevelopmentStage.h"
 #include "VELSysDirectoryIterator.h"

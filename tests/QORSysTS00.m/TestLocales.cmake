@@ -1,17 +1,26 @@
 # Locales for tests, compiled into the build tree: ${QOR_TEST_LOCALES} is a directory for LOCPATH, the target
-# qor_test_locales makes them. Turkish has a rule of its own for the letter i, and ISO-8859-1 has one byte a character.
+# qor_test_locales makes them. Turkish has a rule of its own for the letter i, ISO-8859-1 has one byte a character and a
+# comma in numbers, EUC-JP up to three bytes a character; long_currency stands beside this file.
 include_guard(GLOBAL)
 find_program(LOCALEDEF localedef REQUIRED)
 set(QOR_TEST_LOCALES ${PROJECT_BINARY_DIR}/test-locales CACHE INTERNAL "")
 file(MAKE_DIRECTORY ${QOR_TEST_LOCALES})
 
-set(locales en_US.UTF-8 tr_TR.UTF-8 de_DE.ISO-8859-1)
+set(locales en_US.UTF-8 tr_TR.UTF-8 de_DE.ISO-8859-1 ja_JP.EUC-JP long_currency.UTF-8)
 set(compiled)
 foreach(locale ${locales})
   string(REGEX MATCH "^([^.]+)[.](.+)$" parts ${locale})
+  set(source ${CMAKE_MATCH_1})
+  set(charmap ${CMAKE_MATCH_2})
+  set(dependency)
+  if(EXISTS ${CMAKE_CURRENT_LIST_DIR}/${source})
+    set(source ${CMAKE_CURRENT_LIST_DIR}/${source})
+    set(dependency ${source})
+  endif()
   add_custom_command(
     OUTPUT ${QOR_TEST_LOCALES}/${locale}/LC_CTYPE
-    COMMAND ${LOCALEDEF} --no-archive -i ${CMAKE_MATCH_1} -f ${CMAKE_MATCH_2} ${QOR_TEST_LOCALES}/${locale}
+    COMMAND ${LOCALEDEF} --no-archive -i ${source} -f ${charmap} ${QOR_TEST_LOCALES}/${locale}
+    DEPENDS ${dependency}
     COMMENT "Compiling the locale ${locale} for tests"
     VERBATIM)
   list(APPEND compiled ${QOR_TEST_LOCALES}/${locale}/LC_CTYPE)

@@ -11,8 +11,12 @@ namespace TestLocales {
 inline constexpr const char* English = "en_US.UTF-8";
 /// Its capital of "i" is U+0130, and the small letter of "I" U+0131.
 inline constexpr const char* Turkish = "tr_TR.UTF-8";
-/// One byte is one character.
+/// One byte is one character; numbers have a comma.
 inline constexpr const char* German = "de_DE.ISO-8859-1";
+/// Letters have two or three bytes.
+inline constexpr const char* Japanese = "ja_JP.EUC-JP";
+/// The currency symbol is the Euro sign and 299 letters.
+inline constexpr const char* LongCurrency = "long_currency.UTF-8";
 
 /// Makes a locale the process's.
 inline void UseLocale(const char* name) {

@@ -3,10 +3,12 @@
 
 #include "UpwardCalls.h"
 
+#include "VELSysCLocale.h"
 #include "VELSysNLSCore.h"
 #include "VELSysStatus.h"
 
 #include <cstdio>
+#include <cstring>
 
 int InitNLSCore(const char*, bool) {
     return VEL::StatusOk;
@@ -31,6 +33,17 @@ int RegisterNLSChangeHook(void (*hook)(const VELSysNLSEnv&)) {
 
 long VELGetMultiByteCharMaxSize() {
     return 1;
+}
+
+char* VELSysCLocaleEnvironGet(char* out) {
+    if (out != nullptr) {
+        *out = '\0';
+    }
+    return out;
+}
+
+char* VELSysCLocale::GetLocaleStringFromLangString(const char*, char* out, unsigned int size) {
+    return out != nullptr ? std::strncpy(out, "", size) : nullptr;
 }
 
 int VELSysWatchDogInitialize(int, const char**, const char**, int) {
