@@ -6,18 +6,10 @@
 /// header of a higher one.
 #pragma once
 
-struct VELSysNLSEnv;
-
 /// Language core: makes the language decision. The session brings it up.
 int InitNLSCore(const char* language, bool force);
 /// Language core: makes the next request decide anew. A new preferred language asks for that.
 int DeInitNLSCore(int);
-/// Language core: the decision. The environment converter gets its code page from it.
-int GetEnvNLSData(VELSysNLSEnv* env);
-/// Language core: calls `hook` on each change. The environment converter follows the language.
-int RegisterNLSChangeHook(void (*hook)(const VELSysNLSEnv&));
-/// Language core: longest multi-byte character in bytes.
-long VELGetMultiByteCharMaxSize();
 
 /// Watchdog: the session starts and ends it for `main`.
 int VELSysWatchDogInitialize(int argc, const char** argv, const char** envp, int keepSignals);
