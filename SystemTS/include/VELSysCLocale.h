@@ -21,6 +21,9 @@ class QORSYSTS_EXPORT VELSysCLocale {
 public:
     /// Bytes of a locale name kept by value, terminator included. Longer names are cut.
     static constexpr unsigned int NameSize = 86;
+    /// Bytes that always hold what VELSysCLocaleEnvironGet() gives: it comes from a line of the language table, which
+    /// has no more.
+    static constexpr unsigned int EnvironNameSize = 512;
 
     /// Gives the calling thread another locale, for as long as the object lives.
     ///
@@ -182,7 +185,9 @@ QORSYSTS_EXPORT int VELSysCLocaleSetPerThread(int perThread);
 /// The process's locale before this library first touched it, cut to 85 bytes; empty when it could not be had.
 QORSYSTS_EXPORT const char* GetLocaleBeforeLoad();
 
-/// The locale string of the language decision that the C library has accepted; empty when there is none.
-/// @param out  Receives the string, cut to 85 bytes, and its terminator: VELSysCLocale::NameSize bytes are enough.
+/// The locale string of the language decision that the C library has accepted; empty for the environment's locale and
+/// when there is none.
+/// @param out  Receives the string with its terminator: VELSysCLocale::EnvironNameSize bytes are always
+///             enough. Null receives nothing.
 /// @return `out`.
 QORSYSTS_EXPORT char* VELSysCLocaleEnvironGet(char* out);

@@ -72,7 +72,8 @@ static_assert(sizeof(VELSysNLSFilter) == 2 * sizeof(void*));
 
 /// Punctuation of numbers with a given decimal separator and none for thousands. It is what the standard-library
 /// locale gets for a locale that the C library alone knows.
-template <class Character> class VELLocalePunctFacet : public std::numpunct<Character> {
+template <class Character>
+class VELLocalePunctFacet : public std::numpunct<Character> {
 public:
     explicit VELLocalePunctFacet(Character decimalPoint) : _decimalPoint(decimalPoint) {}
 

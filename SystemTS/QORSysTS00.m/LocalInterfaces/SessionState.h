@@ -4,7 +4,6 @@
 
 #include <locale>
 #include <memory>
-#include <mutex>
 
 class QORResourceLock;
 
@@ -13,11 +12,6 @@ namespace VEL::internal {
 /// Non-zero while narrow text is checked and warned about. Set at load, overwritten by VELStringInit(); a plain word
 /// that is read without a lock.
 extern int s_StringChecksEnabled;
-
-/// The language that VELSystemInit() asked for: array memory, null by default. The language participant reads it. Both
-/// may run on several threads, so the text is used under the guard.
-extern char* s_preferredLanguage;
-extern std::mutex s_preferredLanguageGuard;
 
 /// Guards what touches the C locale of the whole process. Made at load, destroyed at exit.
 extern QORResourceLock s_localeLock;

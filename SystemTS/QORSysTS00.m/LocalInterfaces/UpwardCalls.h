@@ -6,10 +6,10 @@
 /// header of a higher one.
 #pragma once
 
-/// Language core: makes the language decision. The session brings it up.
-int InitNLSCore(const char* language, bool force);
+#include "QORSysTSExport.h"
+
 /// Language core: makes the next request decide anew. A new preferred language asks for that.
-int DeInitNLSCore(int);
+QORSYSTS_EXPORT int DeInitNLSCore(int reserved);
 
 /// Watchdog: the session starts and ends it for `main`.
 int VELSysWatchDogInitialize(int argc, const char** argv, const char** envp, int keepSignals);
@@ -28,6 +28,13 @@ void VELSysTraceDestroy__(void** handle);
 const char* VELSysNeutralCoreApplicationGetEnvironmentVariableA(const char* name);
 
 namespace VEL::internal {
+
+/// Language core: keeps the language in which the process is to run, null for the environment's.
+void KeepPreferredLanguage(const char* language);
+/// Language core: makes the language decision, in the preferred language, unless it stands.
+int InitNLSCoreInPreferredLanguage();
+/// Language core: makes what it keeps. Loading does that, so that the core outlives what the program makes later.
+void PrepareNLSCore();
 
 /// Application: makes the context manager and its "Main" context, unless they exist.
 void EnsureMainContext();

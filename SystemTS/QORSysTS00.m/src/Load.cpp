@@ -2,7 +2,6 @@
 // checks, the locale lock, then the participants of language, trace and context. Registering only records functions;
 // no participant runs at load.
 
-#include "DuplicateText.h"
 #include "QORInterUnicodeString.h"
 #include "QORResourceLock.h"
 #include "SessionState.h"
@@ -14,7 +13,6 @@
 #include <cstring>
 #include <locale>
 #include <memory>
-#include <mutex>
 
 namespace {
 
@@ -37,13 +35,7 @@ int ComputeStringChecks() {
 void NoSystemEvent(int) {}
 
 void StartLanguage(void*) {
-    std::unique_ptr<char[]> language;
-    {
-        const std::lock_guard guard(VEL::internal::s_preferredLanguageGuard);
-        language = VEL::internal::DuplicateText(VEL::internal::s_preferredLanguage);
-    }
-    // The core may call back, so it works on a copy and without the guard.
-    InitNLSCore(language.get(), false);
+    VEL::internal::InitNLSCoreInPreferredLanguage();
 }
 
 void LanguageState(int) {}
@@ -80,8 +72,6 @@ struct Participant {
 
 // Constant-initialised to the default first, for strings that are made before this file's initialisers run.
 constinit int VEL::internal::s_StringChecksEnabled = 1;
-constinit char* VEL::internal::s_preferredLanguage = nullptr;
-constinit std::mutex VEL::internal::s_preferredLanguageGuard;
 
 namespace {
 [[maybe_unused]] const int s_stringChecksAreComputed = VEL::internal::s_StringChecksEnabled = ComputeStringChecks();
@@ -90,8 +80,9 @@ namespace {
 QORResourceLock VEL::internal::s_localeLock(1);
 
 namespace {
+[[maybe_unused]] const bool s_languageCoreIsPrepared = (VEL::internal::PrepareNLSCore(), true);
 const Participant s_language(LanguagePriority, StartLanguage, LanguageState, NoSystemEvent);
-}
+} // namespace
 
 std::shared_ptr<const std::locale> VEL::internal::s_standardLocale;
 

@@ -1,6 +1,5 @@
 #include "QORSysSession.h"
 
-#include "DuplicateText.h"
 #include "SessionState.h"
 #include "UpwardCalls.h"
 #include "VELString.h"
@@ -14,8 +13,6 @@
 #include <new>
 #include <utility>
 
-using VEL::internal::s_preferredLanguage;
-
 namespace {
 
 constexpr const char* PreferredLanguageKey = "sys.nls.core.preferredlang";
@@ -25,12 +22,6 @@ constinit VEL::internal::WithdrawableMutex s_mainMutex;
 
 /// The last flags given. Atomic, since a withdrawn mutex and its successor may both be locked at one moment.
 constinit std::atomic<int> s_mainFlags{0};
-
-void KeepPreferredLanguage(const char* language) {
-    const std::lock_guard guard(VEL::internal::s_preferredLanguageGuard);
-    delete[] std::exchange(s_preferredLanguage, nullptr);
-    s_preferredLanguage = VEL::internal::DuplicateText(language).release();
-}
 
 } // namespace
 
@@ -49,7 +40,7 @@ int QORSysEndSessionTS(int code) {
 int VELSystemInit(VELSysHashMapString const& settings) {
     if (const char* language = settings.Get(PreferredLanguageKey)) {
         DeInitNLSCore(0);
-        KeepPreferredLanguage(language);
+        VEL::internal::KeepPreferredLanguage(language);
     }
     // After the change, so that the language participant comes up in the preferred language.
     return VELSysLifeCycleDispatchInitialization() == 0 ? 0 : -1;

@@ -66,7 +66,7 @@ locale_t CopyOf(locale_t current) {
     if (current != LC_GLOBAL_LOCALE) {
         return duplocale(current);
     }
-    char name[VELSysCLocale::NameSize];
+    char name[VELSysCLocale::EnvironNameSize];
     return newlocale(LC_ALL_MASK, VELSysCLocaleEnvironGet(name), nullptr);
 }
 

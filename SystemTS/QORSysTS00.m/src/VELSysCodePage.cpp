@@ -1,7 +1,6 @@
 #include "VELSysCodePage.h"
 
 #include "StringDebugFlags.h"
-#include "UpwardCalls.h"
 #include "VELSysNLSCore.h"
 #include "VELSysUCAlgorithm.h"
 #include "VELSysUCDecoder.h"

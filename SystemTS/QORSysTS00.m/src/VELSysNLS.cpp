@@ -1,0 +1,64 @@
+#include "VELSysNLS.h"
+
+#include "Assertion.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+
+namespace {
+
+/// Set from the beginning, so that the first request decides.
+constinit std::atomic<unsigned char> s_decisionIsDue{1};
+
+/// Copies `text` with its terminator when it fits; the target stays as it is otherwise.
+template <class Character, std::size_t N>
+void CopyIfItFits(Character (&target)[N], const std::basic_string<Character>& text) {
+    if (text.size() < N) {
+        std::copy_n(text.c_str(), text.size() + 1, target);
+    }
+}
+
+} // namespace
+
+VELSysNLS& VELSysNLS::Instance() {
+    static VELSysNLS instance;
+    return instance;
+}
+
+bool VELSysNLS::IsInitNLSRequired(const char* wanted, bool& fromEnvironment, bool& fromLanguage) const {
+    fromEnvironment = false;
+    fromLanguage = false;
+    const bool isDue = s_decisionIsDue != 0;
+    if (wanted == nullptr) {
+        fromEnvironment = isDue;
+    } else if (*wanted == '\0') {
+        fromEnvironment = true;
+    } else {
+        fromLanguage = isDue || language != wanted;
+    }
+    if (!fromEnvironment && !fromLanguage) {
+        return false;
+    }
+    if (fromEnvironment == fromLanguage) {
+        VEL::internal::FailAssertion("bInitFromLangRequired ^ bInitFromEnvRequired", __FILE__, __LINE__,
+                                     __PRETTY_FUNCTION__);
+    }
+    return true;
+}
+
+VELSysNLSEnv VELSysNLS::Snapshot() const {
+    VELSysNLSEnv env = {};
+    CopyIfItFits(env.language, language);
+    CopyIfItFits(env.alias, alias);
+    CopyIfItFits(env.langString, langString);
+    CopyIfItFits(env.codePage, codePage);
+    CopyIfItFits(env.decimalPoint, decimalPoint);
+    env.maxCharSize = maxCharSize;
+    return env;
+}
+
+void VEL::internal::SetDecisionDue(bool isDue) {
+    // With a full fence: what a decision has written is seen by whoever sees that none is due.
+    s_decisionIsDue.store(isDue ? 1 : 0, std::memory_order_seq_cst);
+}

@@ -1,0 +1,378 @@
+#include "VELSysNLSCore.h"
+
+#include "DuplicateText.h"
+#include "LanguageTable.h"
+#include "NLSTrace.h"
+#include "UpwardCalls.h"
+#include "VELDebugBreak.h"
+#include "VELSysCLocale.h"
+#include "VELSysNLS.h"
+#include "VELSysStatus.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <utility>
+
+using VEL::internal::FirstRow;
+using VEL::internal::LanguageRows;
+using VEL::internal::LanguageTableUse;
+using VEL::internal::NLSTrace;
+using VEL::internal::ReadGuard;
+using VEL::internal::WriteGuard;
+
+namespace {
+
+/// What InitNLSCore() answers.
+enum InitResult : int {
+    NoRowFits = 0,
+    DecisionStands = 1,
+    DecisionIsBeingMade = 2,
+    DecisionStandsAfterAll = 3,
+    DecisionIsMade = 4,
+};
+
+/// The modes of GetNLSInformationA().
+enum FilterMode : unsigned char { ByPattern = 0, ByPredicate = 1 };
+
+using Hook = void (*)(const VELSysNLSEnv&);
+
+// All of these are guarded by the lock of the language core, the first also between a request and its nested ones.
+
+constinit int s_depth = 0;
+constinit Hook s_hooks[4] = {};
+constinit std::size_t s_hookCount = 0;
+/// From array `new`.
+constinit char* s_preferredLanguage = nullptr;
+
+/// Counts the requests for a decision that the deciding thread is in.
+class Entry {
+public:
+    Entry() { ++s_depth; }
+    Entry(const Entry&) = delete;
+    Entry& operator=(const Entry&) = delete;
+    ~Entry() {
+        if (--s_depth < 0) {
+            VELDebugBreak(1);
+        }
+    }
+    bool IsNested() const { return s_depth > 1; }
+};
+
+bool IsRequired(const VELSysNLS& nls, const char* language) {
+    bool fromEnvironment = false;
+    bool fromLanguage = false;
+    return nls.IsInitNLSRequired(language, fromEnvironment, fromLanguage);
+}
+
+const VELSysNLSEntry* RowOfLanguage(const LanguageRows& rows, const char* language) {
+    return FirstRow(rows, [language](const VELSysNLSEntry& row) { return row.language == language; });
+}
+
+/// As far as the environment alone says; this is what holds without a table, and while the decision is being made.
+void TakeEnvironment(VELSysNLS& nls) {
+    nls.environmentLanguage = VEL::internal::EnvironmentLanguage();
+    VEL::internal::TakeCodeSet(nls.environmentLanguage, nls.codePage);
+    nls.langString = nls.environmentLanguage;
+    NLSTrace(stdout, "[VELSysNLS][INFO] LANG variable: \"%s\"", nls.environmentLanguage.c_str());
+}
+
+/// The row of `language`, otherwise the environment's; what stands when the table has neither that nor English.
+VELSysNLSEntry ChooseEntry(const VELSysNLS& nls, const LanguageRows& rows, const char* language, bool fromLanguage) {
+    if (fromLanguage) {
+        if (const VELSysNLSEntry* const row = RowOfLanguage(rows, language)) {
+            return *row;
+        }
+    }
+    VELSysNLSEntry entry{nls.language, nls.alias, nls.langString, nls.codePage};
+    VEL::internal::ValidateEnvironmentEntry(rows, nls.environmentLanguage, entry);
+    return entry;
+}
+
+void TakeEntry(VELSysNLS& nls, VELSysNLSEntry entry) {
+    NLSTrace(stdout, "[VELSysNLS][INFO] Lang string (in config file format): \"%s\"", entry.langString.c_str());
+    const std::string name = VEL::internal::TranslateLangString(entry.langString, nls.environmentLanguage);
+    const char* const accepted = VELSysCLocale::SetLocale(LC_ALL, name.c_str());
+    NLSTrace(stdout, "[VELSysNLS][INFO] Locale string (translated): \"%s\"", name.c_str());
+    if (accepted != nullptr) {
+        NLSTrace(stdout, "[VELSysNLS][INFO] libC setlocale success: \"%s\"", accepted);
+    }
+    nls.language = std::move(entry.language);
+    nls.alias = std::move(entry.alias);
+    nls.langString = std::move(entry.langString);
+    nls.codePage = std::move(entry.codePage);
+    VEL::internal::AdoptLocale(nls, accepted != nullptr ? name.c_str() : nullptr);
+}
+
+void TakeLanguages(VELSysNLS& nls, const LanguageRows& rows) {
+    nls.languages.clear();
+    for (const VELSysNLSEntry& row : rows) {
+        nls.languages.insert(row.language);
+    }
+}
+
+void CallHooks(const VELSysNLS& nls) {
+    const VELSysNLSEnv env = nls.Snapshot();
+    // A hook may register a further one, which is called, too.
+    for (std::size_t i = 0; i < s_hookCount; ++i) {
+        s_hooks[i](env);
+    }
+}
+
+/// The decision, with the write side of the lock held. Without a table nothing is decided, so that it stays due.
+/// @return Whether a row was taken.
+bool Decide(VELSysNLS& nls, const char* language, bool fromLanguage) {
+    TakeEnvironment(nls);
+    const LanguageTableUse table;
+    if (table.Rows().empty()) {
+        return false;
+    }
+    TakeEntry(nls, ChooseEntry(nls, table.Rows(), language, fromLanguage));
+    TakeLanguages(nls, table.Rows());
+    VEL::internal::SetDecisionDue(false);
+    CallHooks(nls);
+    return true;
+}
+
+/// `read` of the state in which the decision stands.
+template <class Read>
+auto Query(const Read& read) {
+    VELSysNLS& nls = VELSysNLS::Instance();
+    {
+        const ReadGuard guard(nls.lock);
+        if (!IsRequired(nls, s_preferredLanguage)) {
+            return read(nls);
+        }
+    }
+    VEL::internal::InitNLSCoreInPreferredLanguage();
+    const ReadGuard guard(nls.lock);
+    return read(nls);
+}
+
+bool Matches(const VELSysNLSEntry& row, const VELSysNLSEntry& pattern) {
+    return (pattern.language.empty() || pattern.language == row.language) &&
+           (pattern.langString.empty() || pattern.langString.find(row.langString) != std::string::npos) &&
+           (pattern.codePage.empty() || pattern.codePage == row.codePage);
+}
+
+/// A list of rows that nobody has taken yet.
+class NodeList {
+public:
+    NodeList() = default;
+    NodeList(const NodeList&) = delete;
+    NodeList& operator=(const NodeList&) = delete;
+    ~NodeList() {
+        while (_first != nullptr) {
+            delete std::exchange(_first, _first->next);
+        }
+    }
+    void Append(const VELSysNLSEntry& row) {
+        *_end = new VELSysNLSNode{row, nullptr};
+        _end = &(*_end)->next;
+    }
+    bool IsEmpty() const { return _first == nullptr; }
+    VELSysNLSNode* Release() { return std::exchange(_first, nullptr); }
+
+private:
+    VELSysNLSNode* _first = nullptr;
+    VELSysNLSNode** _end = &_first;
+};
+
+/// Counts the rows of which `isWanted` holds, and hands out as many as `count` has asked for.
+template <class Wanted>
+void FindRows(const LanguageRows& rows, const Wanted& isWanted, int room, int& count, VELSysNLSNode** list) {
+    NodeList found;
+    for (const VELSysNLSEntry& row : rows) {
+        if (!isWanted(row)) {
+            continue;
+        }
+        if (list != nullptr && count < room) {
+            found.Append(row);
+        }
+        ++count;
+    }
+    if (!found.IsEmpty()) {
+        *list = found.Release();
+    }
+}
+
+} // namespace
+
+std::string VEL::internal::TranslateLangString(const std::string& langString, const std::string& environmentLanguage) {
+    return langString == environmentLanguage ? std::string() : langString;
+}
+
+void VEL::internal::PrepareNLSCore() {
+    VELSysNLS::Instance();
+}
+
+void VEL::internal::KeepPreferredLanguage(const char* language) {
+    std::unique_ptr<char[]> copy = DuplicateText(language);
+    const WriteGuard guard(VELSysNLS::Instance().lock);
+    delete[] std::exchange(s_preferredLanguage, copy.release());
+}
+
+int VEL::internal::InitNLSCoreInPreferredLanguage() {
+    std::unique_ptr<char[]> language;
+    {
+        const ReadGuard guard(VELSysNLS::Instance().lock);
+        language = DuplicateText(s_preferredLanguage);
+    }
+    return InitNLSCore(language.get(), false);
+}
+
+int InitNLSCore(const char* language, bool force) {
+    VELSysNLS& nls = VELSysNLS::Instance();
+    if (!force) {
+        const ReadGuard guard(nls.lock);
+        if (!IsRequired(nls, language)) {
+            return DecisionStands;
+        }
+    }
+    const WriteGuard guard(nls.lock);
+    const Entry entry;
+    if (entry.IsNested()) {
+        return DecisionIsBeingMade;
+    }
+    VEL::internal::SetDecisionDue(true);
+    bool fromEnvironment = false;
+    bool fromLanguage = false;
+    if (!nls.IsInitNLSRequired(language, fromEnvironment, fromLanguage) && !force) {
+        return DecisionStandsAfterAll;
+    }
+    try {
+        return Decide(nls, language, fromLanguage) ? DecisionIsMade : NoRowFits;
+    } catch (const std::bad_alloc&) {
+        // It stays due.
+        return NoRowFits;
+    }
+}
+
+int DeInitNLSCore(int) {
+    VEL::internal::SetDecisionDue(true);
+    return VEL::StatusOk;
+}
+
+int GetEnvNLSData(VELSysNLSEnv* env) {
+    if (env == nullptr) {
+        return VEL::StatusBadArgument;
+    }
+    *env = Query([](const VELSysNLS& nls) { return nls.Snapshot(); });
+    return VEL::StatusOk;
+}
+
+int GetNLSInformationA(VELSysNLSFilter filter, char mode, int& count, VELSysNLSNode** list) {
+    const int room = std::exchange(count, 0);
+    const auto kind = static_cast<unsigned char>(mode);
+    if (kind > ByPredicate) {
+        return VEL::StatusBadArgument;
+    }
+    const LanguageTableUse table;
+    if (table.Rows().empty()) {
+        return VEL::StatusUnexpected;
+    }
+    if (kind == ByPattern ? filter.pattern == nullptr : filter.predicate == nullptr) {
+        return VEL::StatusFailure;
+    }
+    const auto isWanted = [&](const VELSysNLSEntry& row) {
+        return kind == ByPattern ? Matches(row, *filter.pattern) : filter.predicate(row, filter.argument) != 0;
+    };
+    try {
+        FindRows(table.Rows(), isWanted, room, count, list);
+    } catch (const std::bad_alloc&) {
+        return VEL::StatusFailure;
+    }
+    return VEL::StatusOk;
+}
+
+std::string GetCodePageByLanguage(const char* language, int* status) {
+    const LanguageTableUse table;
+    const VELSysNLSEntry* const row = language != nullptr ? RowOfLanguage(table.Rows(), language) : nullptr;
+    if (status != nullptr) {
+        *status = row != nullptr ? VEL::StatusOk : VEL::StatusFailure;
+    }
+    return row != nullptr ? row->codePage : std::string();
+}
+
+int GetLocaleTypeFromCP(const char* codePage) {
+    if (codePage == nullptr) {
+        return 0;
+    }
+    constexpr const char* languages[] = {"Japanese", "Korean", "Traditional_Chinese", "Simplified_Chinese"};
+    int type = 0;
+    const LanguageTableUse table;
+    for (const VELSysNLSEntry& row : table.Rows()) {
+        const auto* const language = std::find(std::begin(languages), std::end(languages), row.language);
+        if (row.codePage == codePage && language != std::end(languages)) {
+            type = static_cast<int>(language - std::begin(languages)) + 1;
+        }
+    }
+    return type;
+}
+
+void GetSupportedLanguageList(std::set<std::string>& out) {
+    out = Query([](const VELSysNLS& nls) { return nls.languages; });
+}
+
+char* VELSysCLocaleEnvironGet(char* out) {
+    const std::string name = Query([](const VELSysNLS& nls) { return nls.acceptedLocale; });
+    return out != nullptr ? std::strcpy(out, name.c_str()) : nullptr;
+}
+
+long VELGetMultiByteCharMaxSize() {
+    return Query([](const VELSysNLS& nls) { return nls.maxCharSize; });
+}
+
+char* VELSysCLocale::GetLocaleStringFromLangString(const char* langString, char* out, unsigned int size) {
+    const std::string name = Query([langString](const VELSysNLS& nls) {
+        return VEL::internal::TranslateLangString(langString != nullptr ? langString : "", nls.environmentLanguage);
+    });
+    return out != nullptr ? std::strncpy(out, name.c_str(), size) : nullptr;
+}
+
+int VELGetANSICodePageByLanguage(const char* language, char* out) {
+    constexpr std::pair<const char*, const char*> codePages[] = {
+        {"English", "ISO-8859-1"},        {"French", "ISO-8859-1"},  {"German", "ISO-8859-1"},
+        {"Dutch", "ISO-8859-1"},          {"Danish", "ISO-8859-1"},  {"Spanish", "ISO-8859-1"},
+        {"Italian", "ISO-8859-1"},        {"Swedish", "ISO-8859-1"}, {"Portuguese", "ISO-8859-1"},
+        {"Finnish", "ISO-8859-1"},        {"Korean", "EUC-KR"},      {"Icelandic", "ISO-8859-1"},
+        {"Japanese", "IBM-932"},          {"Czech", "ISO-8859-2"},   {"Polish", "ISO-8859-2"},
+        {"Simplified_Chinese", "EUC-CN"}, {"Russian", "ISO-8859-5"}, {"Traditional_Chinese", "CN-BIG5"},
+    };
+    constexpr std::size_t size = 85;
+    if (language == nullptr) {
+        return VEL::StatusBadArgument;
+    }
+    for (const auto& [name, codePage] : codePages) {
+        if (std::strcmp(name, language) == 0) {
+            if (out != nullptr) {
+                std::strncpy(out, codePage, size);
+            }
+            return VEL::StatusOk;
+        }
+    }
+    return VEL::StatusNotFound;
+}
+
+bool VELSysIsPointerNull(void* pointer) {
+    return pointer == nullptr;
+}
+
+int RegisterNLSChangeHook(void (*hook)(const VELSysNLSEnv& env)) {
+    if (hook == nullptr) {
+        return VEL::StatusBadArgument;
+    }
+    const WriteGuard guard(VELSysNLS::Instance().lock);
+    Hook* const end = s_hooks + s_hookCount;
+    if (std::find(s_hooks, end, hook) != end) {
+        return VEL::StatusNote;
+    }
+    if (s_hookCount == std::size(s_hooks)) {
+        return VEL::StatusFailure;
+    }
+    *end = hook;
+    ++s_hookCount;
+    return VEL::StatusOk;
+}
