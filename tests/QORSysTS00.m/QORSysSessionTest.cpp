@@ -4,6 +4,7 @@
 #include "QORUnicodeString.h"
 #include "SessionCalls.h"
 #include "SessionState.h"
+#include "UpwardCalls.h"
 #include "VELString.h"
 #include "VELStringPool.h"
 #include "VELSysStatus.h"
@@ -40,9 +41,9 @@ Participant ParticipantOf(unsigned int priority) {
 // Loading.
 
 TEST(Load, RunsItsStepsInOrderAndNoParticipant) {
-    EXPECT_THAT(Log(),
-                ElementsAre("ClearEmptyView", "getenv QORDevelopmentStage", "QORResourceLock 1", "AtExit locale lock",
-                            "Register A00A", "AtExit standard locale", "Register A002", "Register A003"));
+    EXPECT_THAT(Log(), ElementsAre("ClearEmptyView", "getenv QORDevelopmentStage", "QORResourceLock 1",
+                                   "AtExit locale lock", "QORResourceLock 1", "Register A00A", "AtExit standard locale",
+                                   "Register A002", "Register A003"));
 }
 
 CHILD_PROGRAM(ShowsStringChecks) {
@@ -76,8 +77,9 @@ CHILD_PROGRAM(EndsPlainly) {
     return 0;
 }
 
-TEST(Load, DestroysTheLocaleLockAtExit) {
-    EXPECT_EQ(RunChild("EndsPlainly", {.set = {{"PRINT_EXIT_CALLS", "1"}}}).out, "~QORResourceLock\n");
+TEST(Load, MakesTheLocksOfLocaleAndLanguageThatAreDestroyedAtExit) {
+    EXPECT_EQ(RunChild("EndsPlainly", {.set = {{"PRINT_EXIT_CALLS", "1"}}}).out,
+              "~QORResourceLock\n~QORResourceLock\n");
 }
 
 // The participants.
@@ -225,7 +227,7 @@ TEST(SystemInit, WithoutThePreferredLanguageOnlyDispatches) {
     EXPECT_EQ(VELSystemInit(settings), 0);
     EXPECT_THAT(Log(), ElementsAre("DispatchInitialization", "TraceCreateManager (null) 0", "EnsureMainContext",
                                    "InitNLSCore (null) 0"));
-    EXPECT_EQ(VEL::internal::s_preferredLanguage, nullptr);
+    EXPECT_EQ(VEL::internal::PreferredLanguage().get(), nullptr);
 }
 
 TEST(SystemInit, BringsTheLanguageCoreUpInThePreferredLanguage) {
@@ -237,12 +239,12 @@ TEST(SystemInit, BringsTheLanguageCoreUpInThePreferredLanguage) {
     EXPECT_THAT(Log(), ElementsAre("DeInitNLSCore 0 before (null)", "DispatchInitialization",
                                    "TraceCreateManager (null) 0", "EnsureMainContext", "InitNLSCore French 0"));
     std::strcpy(language, "Dutch!");
-    EXPECT_STREQ(VEL::internal::s_preferredLanguage, "French") << "it is a copy";
+    EXPECT_STREQ(VEL::internal::PreferredLanguage().get(), "French") << "it is a copy";
     settings.Put("sys.nls.core.preferredlang", "Japanese");
     Clear();
     VELSystemInit(settings);
     EXPECT_EQ(Log().front(), "DeInitNLSCore 0 before French") << "the text is replaced afterwards";
-    EXPECT_STREQ(VEL::internal::s_preferredLanguage, "Japanese");
+    EXPECT_STREQ(VEL::internal::PreferredLanguage().get(), "Japanese");
 }
 
 TEST(SystemInit, WithoutMemoryThereIsNoPreferredLanguage) {
@@ -256,7 +258,7 @@ TEST(SystemInit, WithoutMemoryThereIsNoPreferredLanguage) {
     memoryIsOut = false;
     EXPECT_THAT(Log(), ElementsAre("DeInitNLSCore 0 before French", "DispatchInitialization",
                                    "TraceCreateManager (null) 0", "EnsureMainContext", "InitNLSCore (null) 0"));
-    EXPECT_EQ(VEL::internal::s_preferredLanguage, nullptr);
+    EXPECT_EQ(VEL::internal::PreferredLanguage().get(), nullptr);
 }
 
 TEST(SystemInit, TakesANullLanguageForNone) {
@@ -267,7 +269,7 @@ TEST(SystemInit, TakesANullLanguageForNone) {
     Clear();
     VELSystemInit(settings);
     EXPECT_THAT(Log(), testing::Not(testing::Contains(testing::StartsWith("DeInitNLSCore"))));
-    EXPECT_STREQ(VEL::internal::s_preferredLanguage, "French");
+    EXPECT_STREQ(VEL::internal::PreferredLanguage().get(), "French");
 }
 
 TEST(SystemInit, CompressesTheResult) {

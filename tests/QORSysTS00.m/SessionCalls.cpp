@@ -1,11 +1,13 @@
 #include "SessionCalls.h"
 
 #include "SessionState.h"
+#include "UpwardCalls.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 class QORMutex;
 class QORResourceLock;
@@ -141,8 +143,10 @@ int __wrap__Z11InitNLSCorePKcb(const char* language, bool force) {
 }
 
 int __wrap__Z13DeInitNLSCorei(int argument) {
-    const char* const language = VEL::internal::s_preferredLanguage;
-    Record("DeInitNLSCore %d before %s", argument, language != nullptr ? language : "(null)");
+    const bool isOut = std::exchange(SessionCalls::memoryIsOut, false);
+    const auto language = VEL::internal::PreferredLanguage();
+    SessionCalls::memoryIsOut = isOut;
+    Record("DeInitNLSCore %d before %s", argument, language != nullptr ? language.get() : "(null)");
     return 0;
 }
 

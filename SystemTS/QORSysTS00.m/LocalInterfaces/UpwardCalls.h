@@ -8,6 +8,10 @@
 
 #include "QORSysTSExport.h"
 
+#include <memory>
+
+/// Language core: makes the language decision, unless it stands. The session brings it up.
+QORSYSTS_EXPORT int InitNLSCore(const char* language, bool force);
 /// Language core: makes the next request decide anew. A new preferred language asks for that.
 QORSYSTS_EXPORT int DeInitNLSCore(int reserved);
 
@@ -31,8 +35,8 @@ namespace VEL::internal {
 
 /// Language core: keeps the language in which the process is to run, null for the environment's.
 void KeepPreferredLanguage(const char* language);
-/// Language core: makes the language decision, in the preferred language, unless it stands.
-int InitNLSCoreInPreferredLanguage();
+/// Language core: a copy of it, null for none.
+std::unique_ptr<char[]> PreferredLanguage();
 /// Language core: makes what it keeps. Loading does that, so that the core outlives what the program makes later.
 void PrepareNLSCore();
 

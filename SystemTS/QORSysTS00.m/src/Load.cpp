@@ -35,7 +35,7 @@ int ComputeStringChecks() {
 void NoSystemEvent(int) {}
 
 void StartLanguage(void*) {
-    VEL::internal::InitNLSCoreInPreferredLanguage();
+    InitNLSCore(VEL::internal::PreferredLanguage().get(), false);
 }
 
 void LanguageState(int) {}

@@ -146,7 +146,7 @@ auto Query(const Read& read) {
             return read(nls);
         }
     }
-    VEL::internal::InitNLSCoreInPreferredLanguage();
+    InitNLSCore(VEL::internal::PreferredLanguage().get(), false);
     const ReadGuard guard(nls.lock);
     return read(nls);
 }
@@ -214,13 +214,9 @@ void VEL::internal::KeepPreferredLanguage(const char* language) {
     delete[] std::exchange(s_preferredLanguage, copy.release());
 }
 
-int VEL::internal::InitNLSCoreInPreferredLanguage() {
-    std::unique_ptr<char[]> language;
-    {
-        const ReadGuard guard(VELSysNLS::Instance().lock);
-        language = DuplicateText(s_preferredLanguage);
-    }
-    return InitNLSCore(language.get(), false);
+std::unique_ptr<char[]> VEL::internal::PreferredLanguage() {
+    const ReadGuard guard(VELSysNLS::Instance().lock);
+    return DuplicateText(s_preferredLanguage);
 }
 
 int InitNLSCore(const char* language, bool force) {
