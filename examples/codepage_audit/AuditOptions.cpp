@@ -1,5 +1,7 @@
 #include "AuditOptions.h"
 
+#include "DeclaredCodePage.h"
+
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -7,7 +9,7 @@
 
 namespace {
 
-constexpr const char* KnownOptions[] = {"help", "name", "depth", "output"};
+constexpr const char* KnownOptions[] = {"help", "name", "depth", "output", "codepage"};
 
 /// The name of an option as the argument store has it; nothing for an argument that is no option.
 std::string NameOfOption(const char* argument) {
@@ -58,6 +60,19 @@ bool TakeDepth(int& depth) {
     return true;
 }
 
+bool TakeCodePage(QORUnicodeString& codePage) {
+    if (!TakeValue("codepage", codePage)) {
+        return false;
+    }
+    if (codePage.IsEmpty() || DeclaredCodePage::IsKnown(codePage.ConvertToChar())) {
+        return true;
+    }
+    std::fprintf(stderr,
+                 "codepage_audit: -codepage=%s is no code page that this machine converts; iconv -l lists them\n",
+                 codePage.ConvertToChar());
+    return false;
+}
+
 } // namespace
 
 bool ReadOptions(int argc, char** argv, AuditOptions& options) {
@@ -72,7 +87,8 @@ bool ReadOptions(int argc, char** argv, AuditOptions& options) {
     int hasValue = 0;
     QORUnicodeString unused;
     options.help = VELSysTSGetArg("help", hasValue, unused) == VEL::StatusOk;
-    if (!TakeValue("name", options.pattern) || !TakeDepth(options.depth) || !TakeValue("output", options.output)) {
+    if (!TakeValue("name", options.pattern) || !TakeDepth(options.depth) || !TakeValue("output", options.output) ||
+        !TakeCodePage(options.codePage)) {
         return false;
     }
     if (!options.help && options.locations.empty()) {
@@ -88,6 +104,7 @@ void PrintUsage(std::FILE* stream, const char* program) {
                  "Audits the encoding of the text files in directories; single files may be given as well.\n"
                  "  -name=PATTERN   only files whose name matches, such as -name=*.txt\n"
                  "  -depth=N        enter at most N levels of directories below each one given\n"
+                 "  -codepage=NAME  tell where files leave this code page, such as -codepage=SHIFT_JIS\n"
                  "  -output=FILE    write the report to a file\n"
                  "  -help           print this text\n",
                  program);

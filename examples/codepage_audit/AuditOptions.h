@@ -11,6 +11,7 @@ struct AuditOptions {
     std::vector<const char*> locations; ///< Directories and files, as they were given.
     QORUnicodeString pattern;           ///< Which file names count; empty for all.
     QORUnicodeString output;            ///< Where the report goes; empty for standard output.
+    QORUnicodeString codePage;          ///< What the files are said to be in; empty when nothing is said.
     int depth = -1;                     ///< Levels of directories to enter below a location; -1 for all.
     bool help = false;                  ///< Only the usage text is wanted.
 };

@@ -81,6 +81,12 @@ struct Frequency {
 
 } // namespace
 
+TextAudit::TextAudit(std::FILE* report, const QORUnicodeString& codePage) : _report(report) {
+    if (!codePage.IsEmpty()) {
+        _codePage.emplace(codePage.ConvertToChar());
+    }
+}
+
 bool TextAudit::Audit(const VELSysPath& file) {
     const QORUnicodeString name = file.ToString(nullptr);
     const std::optional<std::string> content = ReadFile(name);
@@ -106,7 +112,19 @@ void TextAudit::_WriteLine(const char* name, const std::string& content) {
     if (static_cast<std::size_t>(text.GetLengthInByte()) < content.size()) {
         std::fprintf(_report, ", zero byte at %d", text.GetLengthInByte());
     }
+    _WriteOffence(content);
     std::fputc('\n', _report);
+}
+
+void TextAudit::_WriteOffence(const std::string& content) {
+    if (!_codePage) {
+        return;
+    }
+    if (const auto offset = _codePage->FirstOffence(content.data(), content.size())) {
+        std::fprintf(_report, ", not %s from byte %lu", _codePage->Name(), *offset);
+    } else {
+        std::fprintf(_report, ", survives as %s", _codePage->Name());
+    }
 }
 
 void TextAudit::WriteMostFrequentWords() {

@@ -1,11 +1,12 @@
 // Audits text files: walks directories, reads each file as narrow text, takes it to UTF-16 and back, and prints what
 // became of it.
 //
-//   codepage_audit DIRECTORY... [-name=PATTERN] [-depth=N] [-output=FILE] [-help]
+//   codepage_audit DIRECTORY... [-name=PATTERN] [-depth=N] [-codepage=NAME] [-output=FILE] [-help]
 //
 // One line per file: bytes, UTF-16 code units, code points, hash, lines, words, whether the bytes are valid UTF-8, and
-// whether the way to UTF-16 and back gives the same bytes. Then the ten most frequent words of all files. The exit code
-// is 0 when everything could be read, 1 when something could not, 2 for a wrong command line.
+// whether the way to UTF-16 and back gives the same bytes; with a code page declared, where the file leaves it. Then
+// the ten most frequent words of all files. The exit code is 0 when everything could be read, 1 when something could
+// not, 2 for a wrong command line.
 
 #include "AuditOptions.h"
 #include "DirectoryWalk.h"
@@ -29,7 +30,7 @@ int Run(const AuditOptions& options, std::FILE* report) {
             files.push_back(path);
         }
     }
-    TextAudit audit(report);
+    TextAudit audit(report, options.codePage);
     std::size_t read = 0;
     for (const VELSysPath& file : files) {
         read += audit.Audit(file) ? 1 : 0;

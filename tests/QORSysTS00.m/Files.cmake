@@ -18,6 +18,7 @@ qor_add_test(FilesTest
   LINK QORSysTS_static ONE_THREAD)
 qor_wrap(FilesTest ${file_calls})
 
-qor_add_test(FilesShortageTest SOURCES FailingNew.cpp FilesShortageTest.cpp HeapLog.cpp LINK QORSysTS_static ONE_THREAD)
-qor_wrap(FilesShortageTest malloc realloc free _Znwm _Znam _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t
+qor_add_test(FilesShortageTest SOURCES FailingNew.cpp FilesShortageTest.cpp HeapLog.cpp StringEnvironment.cpp
+  LINK QORSysTS_static ONE_THREAD)
+qor_wrap(FilesShortageTest ${string_environment} malloc realloc free _Znwm _Znam _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t
          _Z13VELDebugBreaki _ZN3VEL8internal15PrintStackTraceEv)

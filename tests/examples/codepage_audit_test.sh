@@ -2,6 +2,9 @@
 # Runs the audit on a tree of its own and looks at what it reports.
 #   codepage_audit_test.sh CASE PROGRAM
 set -euo pipefail
+# The files' names and the report are in UTF-8.
+unset LC_ALL
+export LANG=C.UTF-8
 program=$2
 tree=$(mktemp -d)
 trap 'rm -rf "$tree" "$tree.err" "$tree.report"' EXIT
@@ -66,6 +69,30 @@ WritesToAFile)
     audit "$tree" "-output=$tree/none/report"
     [ "$status" -eq 1 ] || fail "status $status for a report that can't be written"
     grep -q 'none/report cannot be written: No such file' <<<"$errors" || fail "the cause isn't told: $errors"
+    ;;
+FindsTheFirstOffence)
+    # judged <code page> <file> <verdict>
+    judged() {
+        audit "$tree/$2" "-codepage=$1"
+        [ "$status" -eq 0 ] || fail "status $status"
+        grep -q "^$tree/$2: .*, $3\$" <<<"$report" || fail "$2 in $1 isn't judged '$3': $report"
+    }
+    judged UTF-8 a.txt 'survives as UTF-8'
+    judged UTF-8 deep/b.txt 'survives as UTF-8'
+    judged UTF-8 deep/deeper/c.log 'not UTF-8 from byte 3'
+    judged ISO-8859-1 deep/deeper/c.log 'survives as ISO-8859-1'
+    printf 'a\223\372\226\173\377\n' >"$tree/japanese.txt"
+    judged SHIFT_JIS japanese.txt 'not SHIFT_JIS from byte 5'
+    printf 'a\223\372\226\173\n' >"$tree/japanese.txt"
+    judged SHIFT_JIS japanese.txt 'survives as SHIFT_JIS'
+    judged EUC-JP japanese.txt 'not EUC-JP from byte 1'
+    printf 'a\000b\351' >"$tree/zero.bin"
+    judged UTF-8 zero.bin 'not UTF-8 from byte 3'
+    : >"$tree/empty"
+    judged SHIFT_JIS empty 'survives as SHIFT_JIS'
+    audit "$tree" -codepage=nowhere
+    [ "$status" -eq 2 ] || fail "status $status for a code page that nobody knows"
+    grep -q 'codepage=nowhere is no code page' <<<"$errors" || fail "the code page isn't named: $errors"
     ;;
 PrintsItsUsage)
     audit -help

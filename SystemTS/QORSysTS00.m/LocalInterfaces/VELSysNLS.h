@@ -56,8 +56,9 @@ std::string EnvironmentLanguage();
 /// C library, which is put into the environment's locale for it.
 void TakeCodeSet(const std::string& language, std::string& codeSet);
 
-/// The name by which the C library gets `langString`; empty, the environment's, for the raw value of `LANG`.
-std::string TranslateLangString(const std::string& langString, const std::string& environmentLanguage);
+/// The name by which the C library gets `langString`: itself, or the empty string, which stands for the environment's,
+/// for null and for the raw value of `LANG`.
+const char* TranslateLangString(const char* langString, const std::string& environmentLanguage);
 
 /// Takes over what follows from the locale `name`, which the C library has accepted; null when it has accepted none.
 /// The caller holds the write side.

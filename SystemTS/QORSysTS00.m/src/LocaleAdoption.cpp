@@ -84,5 +84,8 @@ void VEL::internal::AdoptLocale(VELSysNLS& nls, const char* name) {
 
 std::shared_ptr<const std::locale> VELGetCxxLocale() {
     auto locale = std::atomic_load(&VEL::internal::s_standardLocale);
-    return locale != nullptr ? locale : std::make_shared<const std::locale>();
+    if (locale == nullptr) {
+        locale = std::make_shared<const std::locale>();
+    }
+    return locale;
 }

@@ -93,7 +93,7 @@ VELSysNLSEntry ChooseEntry(const VELSysNLS& nls, const LanguageRows& rows, const
 
 void TakeEntry(VELSysNLS& nls, VELSysNLSEntry entry) {
     NLSTrace(stdout, "[VELSysNLS][INFO] Lang string (in config file format): \"%s\"", entry.langString.c_str());
-    const std::string name = VEL::internal::TranslateLangString(entry.langString, nls.environmentLanguage);
+    const std::string name = VEL::internal::TranslateLangString(entry.langString.c_str(), nls.environmentLanguage);
     const char* const accepted = VELSysCLocale::SetLocale(LC_ALL, name.c_str());
     NLSTrace(stdout, "[VELSysNLS][INFO] Locale string (translated): \"%s\"", name.c_str());
     if (accepted != nullptr) {
@@ -200,8 +200,8 @@ void FindRows(const LanguageRows& rows, const Wanted& isWanted, int room, int& c
 
 } // namespace
 
-std::string VEL::internal::TranslateLangString(const std::string& langString, const std::string& environmentLanguage) {
-    return langString == environmentLanguage ? std::string() : langString;
+const char* VEL::internal::TranslateLangString(const char* langString, const std::string& environmentLanguage) {
+    return langString == nullptr || langString == environmentLanguage ? "" : langString;
 }
 
 void VEL::internal::PrepareNLSCore() {
@@ -284,12 +284,17 @@ int GetNLSInformationA(VELSysNLSFilter filter, char mode, int& count, VELSysNLSN
 }
 
 std::string GetCodePageByLanguage(const char* language, int* status) {
+    int unused = 0;
+    int& result = status != nullptr ? *status : unused;
+    result = VEL::StatusFailure;
     const LanguageTableUse table;
     const VELSysNLSEntry* const row = language != nullptr ? RowOfLanguage(table.Rows(), language) : nullptr;
-    if (status != nullptr) {
-        *status = row != nullptr ? VEL::StatusOk : VEL::StatusFailure;
+    if (row == nullptr) {
+        return {};
     }
-    return row != nullptr ? row->codePage : std::string();
+    std::string codePage = row->codePage;
+    result = VEL::StatusOk;
+    return codePage;
 }
 
 int GetLocaleTypeFromCP(const char* codePage) {
@@ -313,8 +318,9 @@ void GetSupportedLanguageList(std::set<std::string>& out) {
 }
 
 char* VELSysCLocaleEnvironGet(char* out) {
-    const std::string name = Query([](const VELSysNLS& nls) { return nls.acceptedLocale; });
-    return out != nullptr ? std::strcpy(out, name.c_str()) : nullptr;
+    return Query([out](const VELSysNLS& nls) {
+        return out != nullptr ? std::strcpy(out, nls.acceptedLocale.c_str()) : nullptr;
+    });
 }
 
 long VELGetMultiByteCharMaxSize() {
@@ -322,10 +328,10 @@ long VELGetMultiByteCharMaxSize() {
 }
 
 char* VELSysCLocale::GetLocaleStringFromLangString(const char* langString, char* out, unsigned int size) {
-    const std::string name = Query([langString](const VELSysNLS& nls) {
-        return VEL::internal::TranslateLangString(langString != nullptr ? langString : "", nls.environmentLanguage);
+    return Query([=](const VELSysNLS& nls) {
+        const char* const name = VEL::internal::TranslateLangString(langString, nls.environmentLanguage);
+        return out != nullptr ? std::strncpy(out, name, size) : nullptr;
     });
-    return out != nullptr ? std::strncpy(out, name.c_str(), size) : nullptr;
 }
 
 int VELGetANSICodePageByLanguage(const char* language, char* out) {
