@@ -48,6 +48,7 @@ namespace VEL::internal {
 
 /// Announces or withdraws that a decision is due, whatever the language.
 void SetDecisionDue(bool isDue);
+bool IsDecisionDue();
 
 /// What `LANG` says, "en_US.UTF-8" when it isn't set.
 std::string EnvironmentLanguage();

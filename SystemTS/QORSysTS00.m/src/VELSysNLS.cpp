@@ -29,7 +29,7 @@ VELSysNLS& VELSysNLS::Instance() {
 bool VELSysNLS::IsInitNLSRequired(const char* wanted, bool& fromEnvironment, bool& fromLanguage) const {
     fromEnvironment = false;
     fromLanguage = false;
-    const bool isDue = s_decisionIsDue != 0;
+    const bool isDue = VEL::internal::IsDecisionDue();
     if (wanted == nullptr) {
         fromEnvironment = isDue;
     } else if (*wanted == '\0') {
@@ -56,6 +56,10 @@ VELSysNLSEnv VELSysNLS::Snapshot() const {
     CopyIfItFits(env.decimalPoint, decimalPoint);
     env.maxCharSize = maxCharSize;
     return env;
+}
+
+bool VEL::internal::IsDecisionDue() {
+    return s_decisionIsDue.load(std::memory_order_acquire) != 0;
 }
 
 void VEL::internal::SetDecisionDue(bool isDue) {

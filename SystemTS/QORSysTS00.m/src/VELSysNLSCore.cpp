@@ -3,6 +3,7 @@
 #include "DuplicateText.h"
 #include "LanguageTable.h"
 #include "NLSTrace.h"
+#include "SettledRecord.h"
 #include "UpwardCalls.h"
 #include "VELDebugBreak.h"
 #include "VELSysCLocale.h"
@@ -47,6 +48,9 @@ constinit std::size_t s_hookCount = 0;
 /// From array `new`.
 constinit char* s_preferredLanguage = nullptr;
 
+/// What GetEnvNLSData() answers while no decision is due; published under the write side.
+constinit VEL::internal::SettledRecord<VELSysNLSEnv> s_settled;
+
 /// Counts the requests for a decision that the deciding thread is in.
 class Entry {
 public:
@@ -65,6 +69,15 @@ bool IsRequired(const VELSysNLS& nls, const char* language) {
     bool fromEnvironment = false;
     bool fromLanguage = false;
     return nls.IsInitNLSRequired(language, fromEnvironment, fromLanguage);
+}
+
+/// Lets queries go without the lock when no decision is due for them. Under the write side.
+void Settle(const VELSysNLS& nls) {
+    if (IsRequired(nls, s_preferredLanguage)) {
+        s_settled.Withdraw();
+    } else {
+        s_settled.Publish(nls.Snapshot());
+    }
 }
 
 const VELSysNLSEntry* RowOfLanguage(const LanguageRows& rows, const char* language) {
@@ -212,6 +225,7 @@ void VEL::internal::KeepPreferredLanguage(const char* language) {
     std::unique_ptr<char[]> copy = DuplicateText(language);
     const WriteGuard guard(VELSysNLS::Instance().lock);
     delete[] std::exchange(s_preferredLanguage, copy.release());
+    Settle(VELSysNLS::Instance());
 }
 
 std::unique_ptr<char[]> VEL::internal::PreferredLanguage() {
@@ -238,12 +252,16 @@ int InitNLSCore(const char* language, bool force) {
     if (!nls.IsInitNLSRequired(language, fromEnvironment, fromLanguage) && !force) {
         return DecisionStandsAfterAll;
     }
+    // Others wait at the lock from here on, until the hooks have been called.
+    s_settled.Withdraw();
+    bool isMade = false;
     try {
-        return Decide(nls, language, fromLanguage) ? DecisionIsMade : NoRowFits;
+        isMade = Decide(nls, language, fromLanguage);
     } catch (const std::bad_alloc&) {
         // It stays due.
-        return NoRowFits;
     }
+    Settle(nls);
+    return isMade ? DecisionIsMade : NoRowFits;
 }
 
 int DeInitNLSCore(int) {
@@ -255,7 +273,9 @@ int GetEnvNLSData(VELSysNLSEnv* env) {
     if (env == nullptr) {
         return VEL::StatusBadArgument;
     }
-    *env = Query([](const VELSysNLS& nls) { return nls.Snapshot(); });
+    if (VEL::internal::IsDecisionDue() || !s_settled.Read(*env)) {
+        *env = Query([](const VELSysNLS& nls) { return nls.Snapshot(); });
+    }
     return VEL::StatusOk;
 }
 
@@ -324,7 +344,9 @@ char* VELSysCLocaleEnvironGet(char* out) {
 }
 
 long VELGetMultiByteCharMaxSize() {
-    return Query([](const VELSysNLS& nls) { return nls.maxCharSize; });
+    VELSysNLSEnv env;
+    GetEnvNLSData(&env);
+    return env.maxCharSize;
 }
 
 char* VELSysCLocale::GetLocaleStringFromLangString(const char* langString, char* out, unsigned int size) {
