@@ -11,9 +11,16 @@ struct VELSysNLSEnv;
 
 /// A converter between one code page and UTF-16 in host byte order.
 ///
-/// Its way of working is settled when it is made: the UTF-8 way, which needs no C library, or the identity way, which
-/// maps bytes to code units one to one and is what remains when a code page cannot be set up. No conversion fails:
-/// what cannot be converted becomes "?". All conversions are `const` and may run on any thread at once.
+/// Its way of working is settled when it is made: the UTF-8 way, which needs no C library, the `iconv` way through the
+/// descriptors of VELSysIConvTSWrap, or the identity way, which maps bytes to code units one to one and is what remains
+/// when a code page cannot be set up. No conversion fails: what cannot be converted becomes "?". Where `iconv` doesn't
+/// know the code page, and after the end of the session, conversions of the `iconv` way are those of identity, without
+/// a word. All conversions are `const` and may run on any thread at once.
+///
+/// Input that is damaged otherwise than by a byte that has no meaning is told on standard error:
+/// "iconv EINVAL error: input buffer was truncated." for a character that the end of the text cuts,
+/// "iconv E2BIG error: buffer overflow. InBytesLeft: <n>" for a target that is too small for all of the text, and
+/// "iconv errno is: <n>" for anything else that `iconv` says.
 class QORSYSTS_EXPORT VELSysCodePage {
 public:
     /// A converter for `codePage` with 16 as the longest character.
@@ -33,18 +40,24 @@ public:
     bool IsValid() const;
 
     /// Converts all of `length` bytes.
-    /// @param dst      Target of at least `length` + 1 units.
+    /// @param length   None are converted when it is negative, or `src` null.
+    /// @param dst      Target of at least `length` + 1 units. Only the UTF-8 way terminates it.
     /// @param written  Receives the number of units, unless null.
     /// @return The number of units written, without a terminator.
     int ConvertMBCSToUTF16(const char* src, int length, unsigned short* dst, int* written) const;
 
     /// Resumable form: stops when `room` units are used. `src` and `length` advance past what was consumed, and `src`
-    /// becomes null when nothing is left.
-    /// @param dst  Target of at least `room` + 1 units.
+    /// becomes null when nothing is left. A state that the code page's text is in, such as one set by an escape
+    /// sequence, isn't carried over to the next call.
+    /// @param dst   Target of at least `room` + 1 units.
+    /// @param room  0 stands for one unit for each byte, as much as all of the text takes; the UTF-8 way does nothing
+    ///              then.
     /// @return The number of units written, or -1 when `src` is null.
     int ConvertMBCSToUTF16(const char*& src, unsigned long& length, unsigned short* dst, unsigned long room) const;
 
-    /// Converts all of `length` units.
+    /// Converts all of `length` units. One that has no place in the code page becomes "?", and each half of a surrogate
+    /// pair does so for itself.
+    /// @param length   None are converted when it is negative, or `src` null.
     /// @param dst      Target of at least 4 bytes for each unit, plus one. It is terminated with a zero byte, except
     ///                 on the UTF-8 way with a null `written`.
     /// @param written  Receives the number of bytes, unless null.
@@ -75,27 +88,42 @@ public:
     int GetNextMultiByteCharAsUTF8(char* out, const char*& src, unsigned long& left) const;
 
     /// The process-wide converter of the environment's code page. Lock-free once it is published; a converter that is
-    /// replaced by a change of language stays usable for the rest of the process.
+    /// replaced by a change of language stays usable for the rest of the process. Ends the process by an assertion when
+    /// the language decision names no code page. Without memory for it the answer is a converter in the identity way,
+    /// and the next request tries again.
     static const VELSysCodePage& GetEnvConverter();
 
     /// Follows a change of language: makes a converter for the record's code page that of the environment. The one
-    /// that it replaces is kept until the process ends, since other threads may be inside it.
+    /// that it replaces is kept until the process ends, since other threads may be inside it. Without memory nothing
+    /// changes.
     static void OnChangeNLSCore(const VELSysNLSEnv& env);
 
-    /// Name of the code page; "Identity" in the identity way. Stays the object's.
+    /// Name of the code page; "Identity" in the identity way, and null without memory for it. Stays the object's.
     const char* GetName() const { return _name; }
-    /// Longest character of the code page in bytes.
+    /// Longest character of the code page in bytes, as the maker of the converter says it. The environment's may say 1
+    /// whatever its code page is: no bound for what a conversion takes or gives.
     int GetMaxCharSize() const { return _maxCharSize; }
+    /// Bytes among which the first character of a text certainly ends, whatever GetMaxCharSize() says.
+    int GetLongestCharacter() const;
     /// True when the code page is exactly "UTF-8".
     bool IsUTF8() const { return _isUTF8; }
 
 private:
+    struct Layout;
     using ToUTF16 = int (VELSysCodePage::*)(const char*& src, int& srcLength, unsigned short* dst,
                                             int& dstLength) const;
     using FromUTF16 = int (VELSysCodePage::*)(const unsigned short* src, int length, char* dst, int* written) const;
 
-    QORSYSTS_PRIVATE int _Reinitialize(const char* codePage, int maxCharSize, const char* langString);
+    QORSYSTS_PRIVATE void _Reinitialize(const char* codePage, int maxCharSize, const char* langString);
+    QORSYSTS_PRIVATE int _InitConvDesc(const char* codePage);
+    QORSYSTS_PRIVATE void _UseIdentity();
     QORSYSTS_PRIVATE void _StoreName(const char* name);
+    QORSYSTS_PRIVATE void _StoreLocale(const char* langString);
+    QORSYSTS_PRIVATE const char* _GetAssociatedCLocale() const;
+
+    QORSYSTS_PRIVATE int _CPtoUC2(const char*& src, int& srcLength, unsigned short* dst, int& dstLength) const;
+    QORSYSTS_PRIVATE int _UC2toCP(const unsigned short* src, int length, char* dst, int* written) const;
+    QORSYSTS_PRIVATE int _CPtoUC2InSight(const char*& src, int srcLength, unsigned short* dst) const;
 
     QORSYSTS_PRIVATE int _CPtoUC2ByIdentity(const char*& src, int& srcLength, unsigned short* dst,
                                             int& dstLength) const;
@@ -108,9 +136,10 @@ private:
     char* _name = nullptr;
     ToUTF16 _toUTF16 = nullptr;
     FromUTF16 _fromUTF16 = nullptr;
-    char* _locale = nullptr;
-    [[maybe_unused]] IConvDesc_t _toUTF16Descriptor = -1;
-    [[maybe_unused]] IConvDesc_t _fromUTF16Descriptor = -1;
+    /// The C locale that goes with the code page, found when it is first needed.
+    mutable std::atomic<char*> _locale{nullptr};
+    IConvDesc_t _toUTF16Descriptor = -1;
+    IConvDesc_t _fromUTF16Descriptor = -1;
     int _maxCharSize = 0;
     bool _isUTF8 = false;
 };

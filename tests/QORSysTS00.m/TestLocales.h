@@ -15,6 +15,8 @@ inline constexpr const char* Turkish = "tr_TR.UTF-8";
 inline constexpr const char* German = "de_DE.ISO-8859-1";
 /// Letters have two or three bytes.
 inline constexpr const char* Japanese = "ja_JP.EUC-JP";
+/// Letters have one or two bytes, and the second may be an ASCII one.
+inline constexpr const char* JapaneseShiftJIS = "ja_JP.SHIFT_JIS";
 /// The currency symbol is the Euro sign and 299 letters.
 inline constexpr const char* LongCurrency = "long_currency.UTF-8";
 

@@ -296,7 +296,9 @@ View QORInterUnicodeString::_GetUTF16View() const {
         // The converter's way of working in a room makes a unit of each damaged byte at the end, too.
         const char* next = Text();
         auto left = static_cast<unsigned long>(_length);
-        view->_length = VEL::internal::EnvironmentConverter().ConvertMBCSToUTF16(next, left, view->UTF16(), room);
+        const int units = VEL::internal::EnvironmentConverter().ConvertMBCSToUTF16(next, left, view->UTF16(), room);
+        // A few code pages have bytes that give several units each; what exceeds the room is lost.
+        view->_length = std::min(units, _length);
         view->UTF16()[view->_length] = 0;
     });
 }

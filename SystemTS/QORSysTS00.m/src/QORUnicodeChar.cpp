@@ -6,6 +6,7 @@
 #include "VELSysUCAlgorithm.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <cstring>
 #include <cwchar>
@@ -38,9 +39,10 @@ FirstCharacter Decode(const char* s, unsigned long n) {
 /// Decodes with the longest character in sight. What stands behind the terminator isn't the caller's: it reads as zero,
 /// and a character that needs it is none.
 FirstCharacter DecodeTerminated(const char* s) {
-    char sight[16] = {};
-    const auto width =
-        std::clamp<std::size_t>(static_cast<std::size_t>(EnvironmentConverter().GetMaxCharSize()), 1, sizeof sight);
+    char sight[MB_LEN_MAX] = {};
+    const VELSysCodePage& converter = EnvironmentConverter();
+    const auto width = static_cast<std::size_t>(
+        std::clamp(converter.GetMaxCharSize(), converter.GetLongestCharacter(), static_cast<int>(sizeof sight)));
     const std::size_t length = strnlen(s, width);
     std::memcpy(sight, s, length);
     const FirstCharacter first = Decode(sight, width);

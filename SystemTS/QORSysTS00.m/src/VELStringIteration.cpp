@@ -8,6 +8,7 @@
 #include "VELSysUCAlgorithm.h"
 #include "VELSysUCDecoder.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <ostream>
@@ -30,9 +31,9 @@ int TakeCharacter(const unsigned short* p, unsigned int& code) {
 
 /// Bytes up to the terminator, as far as one character may take.
 unsigned long BytesAhead(const char* p) {
-    const int longest = EnvironmentConverter().GetMaxCharSize();
-    return strnlen(p, longest > static_cast<int>(UTF8CharacterSize) ? static_cast<unsigned long>(longest)
-                                                                    : UTF8CharacterSize);
+    const VELSysCodePage& converter = EnvironmentConverter();
+    return strnlen(p,
+                   static_cast<unsigned long>(std::max(converter.GetMaxCharSize(), converter.GetLongestCharacter())));
 }
 
 /// Takes the character at `p` with `take`. @return The bytes taken, at least 1.

@@ -1,18 +1,20 @@
 #include "VELSysCodePage.h"
 
-#include "StringDebugFlags.h"
+#include "VELSysCLocale.h"
 #include "VELSysNLSCore.h"
+#include "VELSysStatus.h"
 #include "VELSysUCAlgorithm.h"
 #include "VELSysUCDecoder.h"
 
 #include <algorithm>
 #include <climits>
+#include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <mutex>
-#include <vector>
+#include <new>
+#include <utility>
 
 using namespace VEL::UCS::internal;
 
@@ -25,13 +27,16 @@ constexpr int UTF8MaxCharSize = 4;
 /// Tells a converter's function to take all of its input, as the target has room for it.
 constexpr int NoRoomGiven = -1;
 
-/// Keeps a converter that readers on other threads may still be inside.
-void Retire(const VELSysCodePage* converter) {
-    static std::mutex guard;
-    static std::vector<std::unique_ptr<const VELSysCodePage>> retired;
-    const std::lock_guard lock(guard);
-    retired.emplace_back(converter);
-}
+constexpr const char* UTF8Name = "UTF-8";
+/// The name that stands for none.
+constexpr const char* NotAvailable = "N/A";
+/// The form in which `iconv` takes and gives UTF-16.
+constexpr const char* UTF16Name = "UTF-16LE";
+
+/// The C locale that is known everywhere.
+constexpr const char* NeutralLocale = "C";
+/// Bytes of a locale name that a converter keeps, terminator included.
+constexpr unsigned int LocaleSize = 85;
 
 constexpr int MaxUnitsOfACharacter = 2;
 /// As much as a conversion asks of its callers.
@@ -55,15 +60,65 @@ unsigned int TakeUTF8(const char*& src, unsigned long& left) {
     return code;
 }
 
-int ReportBug(const char* message) {
-    std::fputs(message, stderr);
+__attribute__((format(printf, 1, 2))) void Report(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vfprintf(stderr, format, arguments);
+    va_end(arguments);
     std::fflush(stderr);
-    return -1;
+}
+
+char* NewLocaleBuffer() {
+    auto* const locale = static_cast<char*>(std::malloc(LocaleSize));
+    if (locale != nullptr) {
+        std::strcpy(locale, NeutralLocale);
+    }
+    return locale;
+}
+
+/// Without memory the locale stays as it was.
+void FillLocale(char* locale, const char* langString) {
+    try {
+        VELSysCLocale::GetLocaleStringFromLangString(langString, locale, LocaleSize);
+    } catch (const std::bad_alloc&) {
+    }
+    locale[LocaleSize - 1] = '\0';
+}
+
+int HasCodePage(const VELSysNLSEntry& row, void* codePage) {
+    return row.codePage == static_cast<const char*>(codePage) ? 1 : 0;
+}
+
+/// Takes the locale of the first row of the language table that has the code page, if any has it.
+void FillLocaleFromTable(char* locale, char* codePage) {
+    VELSysNLSFilter filter{};
+    filter.predicate = HasCodePage;
+    filter.argument = codePage;
+    constexpr char ByPredicate = 1;
+    int count = 1;
+    VELSysNLSNode* rows = nullptr;
+    GetNLSInformationA(filter, ByPredicate, count, &rows);
+    if (rows != nullptr) {
+        FillLocale(locale, rows->entry.langString.c_str());
+    }
+    while (rows != nullptr) {
+        delete std::exchange(rows, rows->next);
+    }
 }
 
 } // namespace
 
-constinit std::atomic<const VELSysCodePage*> VELSysCodePage::_sCPConverter{nullptr};
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+struct VELSysCodePage::Layout {
+    static_assert(offsetof(VELSysCodePage, _name) == 8 && offsetof(VELSysCodePage, _toUTF16) == 16);
+    static_assert(offsetof(VELSysCodePage, _fromUTF16) == 32 && offsetof(VELSysCodePage, _locale) == 48);
+    static_assert(offsetof(VELSysCodePage, _toUTF16Descriptor) == 56);
+    static_assert(offsetof(VELSysCodePage, _fromUTF16Descriptor) == 60);
+    static_assert(offsetof(VELSysCodePage, _maxCharSize) == 64 && offsetof(VELSysCodePage, _isUTF8) == 68);
+    static_assert(sizeof(VELSysCodePage) == 72);
+};
+#pragma GCC diagnostic pop
 
 VELSysCodePage::VELSysCodePage(const char* codePage) : VELSysCodePage(codePage, DefaultMaxCharSize, nullptr) {}
 
@@ -73,42 +128,122 @@ VELSysCodePage::VELSysCodePage(const char* codePage, int maxCharSize, const char
 
 VELSysCodePage::~VELSysCodePage() {
     std::free(_name);
-    std::free(_locale);
+    std::free(_locale.load(std::memory_order_relaxed));
 }
 
-int VELSysCodePage::_Reinitialize(const char* codePage, int maxCharSize, const char*) {
+void VELSysCodePage::_Reinitialize(const char* codePage, int maxCharSize, const char* langString) {
     _maxCharSize = maxCharSize;
     if (codePage != nullptr && _name != nullptr && std::strcmp(_name, codePage) == 0) {
-        return 0;
+        // Deliberately all: another language string is not taken up.
+        return;
     }
-    _isUTF8 = codePage != nullptr && std::strcmp(codePage, "UTF-8") == 0;
+    _isUTF8 = codePage != nullptr && std::strcmp(codePage, UTF8Name) == 0;
+    if (char* const locale = _locale.load(std::memory_order_relaxed)) {
+        std::strcpy(locale, NeutralLocale);
+    }
+    if (_InitConvDesc(codePage) < 0) {
+        _UseIdentity();
+        return;
+    }
+    _toUTF16 = _isUTF8 ? &VELSysCodePage::_UTF8toUTF16 : &VELSysCodePage::_CPtoUC2;
+    _fromUTF16 = _isUTF8 ? &VELSysCodePage::_UTF16toUTF8 : &VELSysCodePage::_UC2toCP;
     if (_isUTF8) {
-        _toUTF16 = &VELSysCodePage::_UTF8toUTF16;
-        _fromUTF16 = &VELSysCodePage::_UTF16toUTF8;
         _maxCharSize = UTF8MaxCharSize;
-        _StoreName(codePage);
-        return 0;
     }
+    if (langString != nullptr) {
+        _StoreLocale(langString);
+    }
+    _StoreName(codePage);
+}
+
+/// Gets the handles of both directions; positive when the code page needs none.
+int VELSysCodePage::_InitConvDesc(const char* codePage) {
+    if (_isUTF8) {
+        return VEL::StatusNote;
+    }
+    if (codePage == nullptr || std::strcmp(codePage, NotAvailable) == 0) {
+        return VEL::StatusFailure;
+    }
+    int status = VELSysIConvTSWrap::Open(UTF16Name, codePage, _toUTF16Descriptor);
+    if (status == VEL::StatusOk) {
+        status = VELSysIConvTSWrap::Open(codePage, UTF16Name, _fromUTF16Descriptor);
+    }
+    if (status != VEL::StatusOk) {
+        Report("ERROR: SUPPLANG_R9 does not contain a valid code set for code page: %s.\n", codePage);
+    }
+    return status;
+}
+
+void VELSysCodePage::_UseIdentity() {
     _toUTF16 = &VELSysCodePage::_CPtoUC2ByIdentity;
     _fromUTF16 = &VELSysCodePage::_UC2toCPByIdentity;
     _StoreName(IdentityName);
-    return 0;
 }
 
 void VELSysCodePage::_StoreName(const char* name) {
     const std::size_t size = std::strlen(name) + 1;
-    if (void* memory = std::realloc(_name, size)) {
-        _name = static_cast<char*>(memory);
-        std::memcpy(_name, name, size);
+    void* const memory = std::realloc(_name, size);
+    if (memory == nullptr) {
+        // No name is better than that of the former code page.
+        std::free(std::exchange(_name, nullptr));
+        return;
     }
+    _name = static_cast<char*>(memory);
+    std::memcpy(_name, name, size);
+}
+
+void VELSysCodePage::_StoreLocale(const char* langString) {
+    char* locale = _locale.load(std::memory_order_relaxed);
+    if (locale == nullptr) {
+        locale = NewLocaleBuffer();
+        // Nobody else knows the object yet.
+        _locale.store(locale, std::memory_order_relaxed);
+    }
+    if (locale != nullptr) {
+        FillLocale(locale, langString);
+    }
+}
+
+/// The C locale whose characters are those of the code page; null when nothing is known of it.
+const char* VELSysCodePage::_GetAssociatedCLocale() const {
+    // Acquire: with the pointer comes the text.
+    if (char* const known = _locale.load(std::memory_order_acquire)) {
+        return known;
+    }
+    // Reading the language table converts text, which may be damaged and bring the thread back here.
+    static thread_local bool isAsking = false;
+    if (_name == nullptr || isAsking) {
+        return nullptr;
+    }
+    char* const locale = NewLocaleBuffer();
+    if (locale == nullptr) {
+        return nullptr;
+    }
+    isAsking = true;
+    FillLocaleFromTable(locale, _name);
+    isAsking = false;
+    char* published = nullptr;
+    if (!_locale.compare_exchange_strong(published, locale, std::memory_order_acq_rel, std::memory_order_acquire)) {
+        std::free(locale);
+        return published;
+    }
+    return locale;
 }
 
 bool VELSysCodePage::IsValid() const {
     return _fromUTF16 != &VELSysCodePage::_UC2toCPByIdentity;
 }
 
+int VELSysCodePage::GetLongestCharacter() const {
+    if (_isUTF8) {
+        return UTF8MaxCharSize;
+    }
+    return IsValid() ? MB_LEN_MAX : 1;
+}
+
 int VELSysCodePage::ConvertMBCSToUTF16(const char* src, int length, unsigned short* dst, int* written) const {
     int count = NoRoomGiven;
+    length = src != nullptr ? std::max(length, 0) : 0;
     (this->*_toUTF16)(src, length, dst, count);
     if (written != nullptr) {
         *written = count;
@@ -134,7 +269,7 @@ int VELSysCodePage::ConvertMBCSToUTF16(const char*& src, unsigned long& length, 
 }
 
 int VELSysCodePage::ConvertUTF16ToMBCS(const unsigned short* src, int length, char* dst, int* written) const {
-    return (this->*_fromUTF16)(src, length, dst, written);
+    return (this->*_fromUTF16)(src, src != nullptr ? std::max(length, 0) : 0, dst, written);
 }
 
 int VELSysCodePage::CanConvertUTF16ToMBCS(const unsigned short* src, int length) const {
@@ -166,10 +301,12 @@ int VELSysCodePage::CanConvertMBCSToUTF16(const char* src, unsigned long length)
         unsigned short units[MaxUnitsOfACharacter];
         const int count = GetNextMultiByteCharAsUTF16(units, src, length);
         if (count > MaxUnitsOfACharacter) {
-            return ReportBug("ERROR: VELSysCodePage::CanConvertMBCSToUTF16 - an overflow has occurred!\n");
+            Report("ERROR: VELSysCodePage::CanConvertMBCSToUTF16 - an overflow has occurred!\n");
+            return -1;
         }
         if (src == start) {
-            return ReportBug("ERROR: VELSysCodePage::GetNextMultiByteCharAsUTF16 is probably bugged!\n");
+            Report("ERROR: VELSysCodePage::GetNextMultiByteCharAsUTF16 is probably bugged!\n");
+            return -1;
         }
         char bytes[MaxBytesOfACharacter + 1];
         int byteCount = 0;
@@ -192,7 +329,7 @@ int VELSysCodePage::GetNextMultiByteCharAsUTF16(unsigned short* out, const char*
     const int offered = static_cast<int>(std::min<unsigned long>(left, INT_MAX));
     const char* next = src;
     unsigned short units[MaxUnitsOfACharacter + 1];
-    int count = 0;
+    int count = _toUTF16 == &VELSysCodePage::_CPtoUC2 ? _CPtoUC2InSight(next, offered, units) : 0;
     for (int room = 1; room <= MaxUnitsOfACharacter && count < 1; ++room) {
         next = src;
         int rest = offered;
@@ -294,38 +431,4 @@ int VELSysCodePage::_UC2toCPByIdentity(const unsigned short* src, int length, ch
         *written = length;
     }
     return length;
-}
-
-const VELSysCodePage& VELSysCodePage::GetEnvConverter() {
-    // Acquire: with the pointer comes the object behind it.
-    if (const VELSysCodePage* converter = _sCPConverter.load(std::memory_order_acquire)) {
-        return *converter;
-    }
-    static std::once_flag hookIsRegistered;
-    std::call_once(hookIsRegistered, [] { RegisterNLSChangeHook(OnChangeNLSCore); });
-    VELSysNLSEnv env{};
-    GetEnvNLSData(&env);
-    auto made = std::make_unique<const VELSysCodePage>(env.codePage, static_cast<int>(VELGetMultiByteCharMaxSize()),
-                                                       env.langString);
-    const VELSysCodePage* published = nullptr;
-    if (!_sCPConverter.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel,
-                                               std::memory_order_acquire)) {
-        return *published;
-    }
-    static_cast<void>(made.release());
-    // Told again when a change of language came in between, whose word this would overwrite.
-    do {
-        published = _sCPConverter.load(std::memory_order_acquire);
-        VEL::internal::TellDebuggerOfCodePage(published->IsUTF8());
-    } while (published != _sCPConverter.load(std::memory_order_acquire));
-    return *published;
-}
-
-void VELSysCodePage::OnChangeNLSCore(const VELSysNLSEnv& env) {
-    auto made = std::make_unique<const VELSysCodePage>(env.codePage, static_cast<int>(VELGetMultiByteCharMaxSize()),
-                                                       env.langString);
-    VEL::internal::TellDebuggerOfCodePage(made->IsUTF8());
-    if (const VELSysCodePage* replaced = _sCPConverter.exchange(made.release(), std::memory_order_acq_rel)) {
-        Retire(replaced);
-    }
 }
