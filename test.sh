@@ -3,6 +3,8 @@
 #   ./test.sh [-R REGEX]           all tests, or those whose names match
 #   ./test.sh asan [-R REGEX]      the same under AddressSanitizer and UndefinedBehaviorSanitizer, with the leak check
 #   ./test.sh tsan [-R REGEX]      the same under ThreadSanitizer
+#   ./test.sh languages [-R REGEX] the tests in Latin-1 and in Shift-JIS; alone they run in UTF-8, under asan in Shift-JIS,
+#                                  under tsan in Latin-1
 #   ./test.sh fuzz [-R REGEX]      every fuzz target for FUZZ_SECONDS (30) seconds over a copy of its kept corpus
 #   ./test.sh coverage [-R REGEX]  the tests with branch coverage of the two libraries
 #   ./test.sh tidy                 clang-tidy over the two libraries
@@ -19,7 +21,7 @@ usage() {
 
 gate=test
 case ${1-} in
-asan | tsan | fuzz | coverage | tidy) gate=$1; shift ;;
+asan | tsan | languages | fuzz | coverage | tidy) gate=$1; shift ;;
 esac
 filter=()
 regex=
@@ -56,10 +58,13 @@ tame_address_space() {
     rm -rf "$probe"
 }
 
-# run_tests <directory>: ctest's own closing lines stand at the end of what it prints.
+# run_tests <directory> [LOCALE]: ctest's own closing lines stand at the end of what it prints. The locales are those
+# that the build compiles for the tests, so that the machine's have no say.
 run_tests() {
-    local jobs=${TEST_JOBS:-2} status=0
-    say "running the tests of $1, $jobs at a time"
+    local jobs=${TEST_JOBS:-2} language=${2:-C.UTF-8} status=0
+    say "running the tests of $1 in $language, $jobs at a time"
+    unset LANGUAGE "${!LC_@}"
+    export LANG=$language LOCPATH=$root/$1/test-locales
     "${wrap[@]}" ctest --test-dir "$root/$1" -j"$jobs" --output-on-failure --no-tests=error "${filter[@]}" \
         </dev/null 2>&1 | thin 25 || status=$?
     return $status
@@ -133,18 +138,26 @@ test)
     build build-test
     run_tests build-test || status=$?
     ;;
+languages)
+    need "${base_packages[@]}" "${test_packages[@]}"
+    configure test
+    build build-test
+    for language in de_DE.ISO-8859-1 ja_JP.SJIS; do
+        run_tests build-test $language || status=$?
+    done
+    ;;
 asan)
     need "${base_packages[@]}" "${test_packages[@]}"
     configure asan
     build build-asan
-    run_tests build-asan || status=$?
+    run_tests build-asan ja_JP.SJIS || status=$?
     ;;
 tsan)
     need "${base_packages[@]}" "${test_packages[@]}"
     tame_address_space
     configure tsan
     build build-tsan
-    run_tests build-tsan || status=$?
+    run_tests build-tsan de_DE.ISO-8859-1 || status=$?
     ;;
 coverage)
     need "${base_packages[@]}" "${test_packages[@]}" gcovr
