@@ -40,6 +40,7 @@
 #include "QORToken.h"
 #include "QORUnicodeChar.h"
 #include "QORUnicodeString.h"
+#include "VELNumConvert.h"
 #include "VELString.h"
 #include "VELStringIteration.h"
 #include "VELSysADS.h"

@@ -68,6 +68,9 @@ public:
     int BuildFromUCChar(const unsigned short* s, int n);
     /// As QORUnicodeString::BuildFromUTF8(). @return 0.
     int BuildFromUTF8(const char* s, unsigned long n);
+    /// As QORUnicodeString::BuildFromNum(), but with a null handle nothing is stored. @return 0, or VEL::StatusFailure
+    /// when nothing was written.
+    int BuildFromNum(int value, const char* format = "%d");
 
     /// As QORUnicodeString::ConvertToChar().
     const char* ConvertToChar() const;
@@ -75,6 +78,8 @@ public:
     const unsigned short* ConvertToUCChar() const;
     /// As QORUnicodeString::ConvertToUTF8().
     int ConvertToUTF8(char* out, unsigned long* n) const;
+    /// As QORUnicodeString::ConvertToNum(). @return 0, or VEL::StatusFailure when no number was read.
+    int ConvertToNum(int& value, const char* format = "%d") const;
     /// Length in UTF-16 units.
     int GetLengthInChar() const;
     /// Length in bytes of the environment's code page.

@@ -116,6 +116,27 @@ public:
     /// @return 0; -1 for null, which resets the string; -1 for digits that can't be read, which leave it empty; -1 for
     /// anything else, which leaves it unchanged.
     int BuildFromSTEP(const char* s);
+    /// Takes a number as `sprintf` writes it under the C locale of the thread, as narrow text.
+    ///
+    /// Text of 48 bytes or more, of 400 for a `double` and a `long double`, is cut to one byte less. Exactly "%d" for a
+    /// `long` counts as "%ld", and exactly "%u" for an `unsigned long` as "%lu".
+    /// @param format  Takes this one number.
+    /// @return As `sprintf`, the full length for text that is cut; -1 for null. A result below 1 leaves the string
+    /// unchanged.
+    int BuildFromNum(int value, const char* format = "%d");
+    int BuildFromNum(unsigned int value, const char* format = "%u");
+    int BuildFromNum(long value, const char* format = "%d");
+    int BuildFromNum(unsigned long value, const char* format = "%u");
+    int BuildFromNum(long long value, const char* format = "%lld");
+    int BuildFromNum(unsigned long long value, const char* format = "%llu");
+    int BuildFromNum(double value, const char* format);
+    int BuildFromNum(long double value, const char* format);
+    /// As BuildFromNum(), but every format is taken as it is.
+    int ConvertNumToString(int value, const char* format);
+    int ConvertNumToString(long value, const char* format);
+    int ConvertNumToString(unsigned long value, const char* format);
+    int ConvertNumToString(double value, const char* format);
+    int ConvertNumToString(long double value, const char* format);
     /// Takes one line of narrow text and consumes its line feed.
     /// @param skipWhite  Pass over white space in front, line feeds too, unless 0.
     /// @return `in`.
@@ -158,6 +179,19 @@ public:
     /// @param out  Target of at least 4 bytes for each unit plus 5.
     /// @return 0.
     int ConvertToSTEP(char* out) const;
+    /// Reads a number from ConvertToChar() as `sscanf` does, under the C locale of the thread. VEL::ConvertToNumEx() is
+    /// the one that doesn't depend on it. Exactly "%d" for a `long` counts as "%ld", and exactly "%u" for an `unsigned
+    /// long` as "%lu".
+    /// @param format  Stores one number of this type.
+    /// @return As `sscanf`: 1 for a number; 0 or `EOF`, with `value` left alone, for none; `EOF` for null.
+    int ConvertToNum(int* value, const char* format = "%d") const;
+    int ConvertToNum(unsigned int* value, const char* format = "%u") const;
+    int ConvertToNum(long* value, const char* format = "%d") const;
+    int ConvertToNum(unsigned long* value, const char* format = "%u") const;
+    int ConvertToNum(long long* value, const char* format = "%lld") const;
+    int ConvertToNum(unsigned long long* value, const char* format = "%llu") const;
+    int ConvertToNum(double* value, const char* format) const;
+    int ConvertToNum(long double* value, const char* format) const;
 
     /// Length in UTF-16 units; builds the UTF-16 view of a narrow string.
     int GetLengthInChar() const;

@@ -9,6 +9,7 @@
 namespace {
 
 std::atomic<long> s_maxCharSize = 1;
+std::atomic<int> s_queries = 0;
 
 VELSysNLSEnv RecordOf(const char* codePage) {
     VELSysNLSEnv env{};
@@ -23,9 +24,14 @@ void StringEnvironment::UseCodePage(const char* codePage, long maxCharSize) {
     VELSysCodePage::OnChangeNLSCore(RecordOf(codePage));
 }
 
+int StringEnvironment::Queries() {
+    return s_queries;
+}
+
 // In place of the language core, so that the machine's locale has no say.
 
 extern "C" int __wrap__Z13GetEnvNLSDataP12VELSysNLSEnv(VELSysNLSEnv* env) {
+    ++s_queries;
     *env = RecordOf(StringEnvironment::UTF8);
     return 0;
 }

@@ -15,6 +15,9 @@ inline constexpr const char* OneToOne = "N/A";
 /// @param maxCharSize  What the language core answers for the longest character.
 void UseCodePage(const char* codePage, long maxCharSize = 1);
 
+/// How often the language data has been asked for.
+int Queries();
+
 /// A test that runs in a UTF-8 environment and in another.
 class InBoth : public testing::TestWithParam<const char*> {
 protected:

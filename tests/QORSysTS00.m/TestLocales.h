@@ -19,6 +19,9 @@ inline constexpr const char* Japanese = "ja_JP.EUC-JP";
 inline constexpr const char* JapaneseShiftJIS = "ja_JP.SHIFT_JIS";
 /// The currency symbol is the Euro sign and 299 letters.
 inline constexpr const char* LongCurrency = "long_currency.UTF-8";
+/// The decimal point is U+00B7, of two bytes and of one.
+inline constexpr const char* MiddleDot = "middle_dot.UTF-8";
+inline constexpr const char* MiddleDotOfOneByte = "middle_dot.ISO-8859-1";
 
 /// Makes a locale the process's.
 inline void UseLocale(const char* name) {

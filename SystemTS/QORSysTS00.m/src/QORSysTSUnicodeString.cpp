@@ -1,6 +1,7 @@
 #define QORSYSTS_EMIT_STRING_MEMBERS
 #include "QORSysTSUnicodeString.h"
 
+#include "NumberText.h"
 #include "QORSysTSVectorOfUnicodeString.h"
 #include "StringAccess.h"
 #include "StringCompare.h"
@@ -103,6 +104,14 @@ int QORSysTSUnicodeString::BuildFromUCChar(const unsigned short* s, int n) {
 int QORSysTSUnicodeString::BuildFromUTF8(const char* s, unsigned long n) {
     StringAccess::SetBlock(*this, BlockFromUTF8(BlockToBuildOn(*this), s, n));
     return VEL::StatusOk;
+}
+
+int QORSysTSUnicodeString::BuildFromNum(int value, const char* format) {
+    return BuildNumber(*this, value, format) > 0 ? VEL::StatusOk : VEL::StatusFailure;
+}
+
+int QORSysTSUnicodeString::ConvertToNum(int& value, const char* format) const {
+    return ReadNumber(ConvertToChar(), &value, format) > 0 ? VEL::StatusOk : VEL::StatusFailure;
 }
 
 const char* QORSysTSUnicodeString::ConvertToChar() const {
