@@ -157,7 +157,7 @@ extern "C" {
 // The C library's `newlocale` itself loses the list of directories that it makes of LOCPATH.
 
 const char* __lsan_default_suppressions() {
-    return "leak:__argz_add_sep";
+    return "leak:argz_add_sep";
 }
 
 const char* __lsan_default_options() {

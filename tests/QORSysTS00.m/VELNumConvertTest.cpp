@@ -326,8 +326,10 @@ TEST_F(NumConvert, WithoutALocaleOfTheEnvironmentItIsC) {
     LocaleCalls::UseEnvironmentLocale("");
     NumConvertCtx ctx;
     ctx.SetFlags(NumConvertCtx::LocaleOfEnvironment);
+    Read("", &ctx);
+    LocaleCalls::Record();
     EXPECT_EQ(Read("1.5", &ctx), Good(1.5));
-    EXPECT_EQ(uselocale(nullptr), LC_GLOBAL_LOCALE);
+    EXPECT_THAT(LocaleCalls::Log(), testing::Each("uselocale ?"));
 }
 
 TEST_F(NumConvert, UnknownLocaleOfTheEnvironmentLeavesTheProcesss) {
@@ -367,8 +369,8 @@ TEST_P(NumConvertInLocales, TextsOfThePoint) {
     EXPECT_EQ(Read("  2  "), Good(2));
     EXPECT_EQ(Read("\t\n\v\f\r 2.5\t\n\v\f\r "), Good(2.5));
     EXPECT_EQ(Read(""), Good(0));
-    for (const char* const text : {"abc", "2x", "1.5.5", "1,5", ".", "-", "+", " ", "e5", "1 5", "1e", "0x", "- 1",
-                                   "1.5,", "\u00b7", "1\u00b75", "1.5\u00b7"}) {
+    for (const char* const text : {"abc", "2x", "2I", "1.5.5", "1,5", ".", "-", "+", " ", "e5", "1 5", "1e", "0x",
+                                   "- 1", "1.5,", "\u00b7", "1\u00b75", "1.5\u00b7"}) {
         EXPECT_EQ(Read(text).status, VEL::StatusBadArgument) << text;
     }
 }
@@ -397,6 +399,18 @@ TEST_P(NumConvertInLocales, TextsOfOtherSeparators) {
         EXPECT_EQ(ReadWith(separator, "15"), Good(15)) << separator;
         EXPECT_EQ(ReadWith(separator, "1.5").status, VEL::StatusBadArgument) << separator;
     }
+}
+
+// Formats follow the locale.
+TEST_P(NumConvertInLocales, FormatsWriteAndReadTheLocalesOwn) {
+    char expected[32];
+    std::snprintf(expected, sizeof expected, "%.2f", 1.5);
+    QORUnicodeString s;
+    EXPECT_EQ(s.BuildFromNum(1.5, "%.2f"), static_cast<int>(std::strlen(expected)));
+    EXPECT_STREQ(s.ConvertToChar(), expected);
+    double value = 0;
+    EXPECT_EQ(s.ConvertToNum(&value, "%lf"), 1);
+    EXPECT_EQ(value, 1.5);
 }
 
 // The definition is the oracle: for text of pieces that numbers are made of.

@@ -1,0 +1,2 @@
+qor_add_fuzzer(VELConvertToNumExFuzz SOURCES VELConvertToNumExFuzz.cpp LINK QORSysTS_static)
+target_include_directories(VELConvertToNumExFuzz PRIVATE ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m)
