@@ -264,6 +264,14 @@ TEST_F(NumConvert, SeparatorThatTheCodePageDoesNotHaveIsNowhere) {
     EXPECT_EQ(ReadWith(ArabicPoint, "15"), Good(15));
 }
 
+TEST_F(NumConvert, SeparatorThatTheCodePageDoesNotHaveIsNotReported) {
+    StringEnvironment::UseCodePage("ISO-8859-1");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(ReadWith(ArabicPoint, "15"), Good(15));
+    EXPECT_EQ(ReadWith(ArabicPoint, "1.5").status, VEL::StatusBadArgument);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST_F(NumConvert, RoundingIsThatOfTheProcessor) {
     const std::string third = "0.33333333333333333333333333";
     std::fesetround(FE_UPWARD);

@@ -44,14 +44,19 @@ bool IsDigit(char byte) {
     return byte >= '0' && byte <= '9';
 }
 
-/// The decimal separator that stands in the text.
+/// The decimal separator of a text.
 class Separator {
 public:
-    explicit Separator(int code) : _code(code), _byte(static_cast<char>(code)) {
+    Separator(int code, std::string_view text) : _code(code), _byte(static_cast<char>(code)) {
         constexpr int lastCodePoint = 0x10FFFF;
+        if (IsASCII(code) || code < 0 || code > lastCodePoint ||
+            std::all_of(text.begin(), text.end(), [](char byte) { return IsASCII(byte) || byte == '\0'; })) {
+            return;
+        }
+        // Only now, since a conversion that fails is reported.
         const wchar_t character = code;
         QORUnicodeString wide;
-        if (!IsASCII(code) && code > 0 && code <= lastCodePoint && wide.BuildFromWChar(&character, 1) == 1) {
+        if (wide.BuildFromWChar(&character, 1) == 1) {
             _form = wide.ConvertToChar();
             if (_form != wide) {
                 // Something else stands in for a character that the code page doesn't have.
@@ -61,7 +66,7 @@ public:
     }
 
     int Code() const { return _code; }
-    /// As narrow text; empty when the code page doesn't have it.
+    /// As narrow text; empty when it can't be in the text.
     std::string_view Text() const {
         if (IsASCII(_code)) {
             return {&_byte, 1};
@@ -280,7 +285,7 @@ int VEL::ConvertToNumEx(double& value, const QORUnicodeString& s, NumConvertCtx*
     if ((isOwn ? HasUsualPoint(current) : !isEnvironment) && ReadQuickly(value, text, code)) {
         return StatusOk;
     }
-    const Separator separator(code);
+    const Separator separator(code, text);
     if (isOwn) {
         const int result = Read(value, text, separator, current);
         if (result == StatusOk || !separator.IsIn(text)) {
