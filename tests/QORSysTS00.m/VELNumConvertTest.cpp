@@ -7,6 +7,7 @@
 #include "StringEnvironment.h"
 #include "VELSysStatus.h"
 
+#include <algorithm>
 #include <cfenv>
 #include <cmath>
 #include <cstring>
@@ -99,6 +100,7 @@ const ThreadLocale ThreadLocales[] = {
     {"PlainGerman", TestLocales::German},
     {"PlainTurkish", TestLocales::Turkish},
     {"PlainJapanese", TestLocales::Japanese},
+    {"PlainJapaneseShiftJIS", TestLocales::JapaneseShiftJIS},
     {"PlainMiddleDot", TestLocales::MiddleDot},
     {"PlainMiddleDotOfOneByte", TestLocales::MiddleDotOfOneByte},
     {"OwnC", TestLocales::German, "C"},
@@ -106,6 +108,7 @@ const ThreadLocale ThreadLocales[] = {
     {"OwnGerman", "C", TestLocales::German},
     {"OwnTurkish", "C", TestLocales::Turkish},
     {"OwnJapanese", "C", TestLocales::Japanese},
+    {"OwnJapaneseShiftJIS", "C", TestLocales::JapaneseShiftJIS},
     {"OwnLongCurrency", "C", TestLocales::LongCurrency},
     {"OwnMiddleDot", "C", TestLocales::MiddleDot},
     {"OwnMiddleDotOfOneByte", "C", TestLocales::MiddleDotOfOneByte},
@@ -406,6 +409,38 @@ TEST_P(NumConvertInLocales, TextsOfOtherSeparators) {
     for (const int separator : {-1, -'.', 0x110000, 0xD800, std::numeric_limits<int>::min()}) {
         EXPECT_EQ(ReadWith(separator, "15"), Good(15)) << separator;
         EXPECT_EQ(ReadWith(separator, "1.5").status, VEL::StatusBadArgument) << separator;
+    }
+}
+
+// The separator is found in the bytes that the text has.
+TEST_P(NumConvertInLocales, TextsInOtherCodePages) {
+    struct Case {
+        const char* codePage;
+        wchar_t separator;
+    };
+    const wchar_t katakanaDot = 0x30FB;
+    for (const auto& [codePage, separator] :
+         {Case{"ISO-8859-1", MiddleDot}, Case{"SHIFT_JIS", katakanaDot}, Case{"EUC-JP", katakanaDot},
+          Case{"GB18030", ArabicPoint}, Case{"BIG5", 0x3002}, Case{"EUC-KR", MiddleDot}}) {
+        SCOPED_TRACE(codePage);
+        StringEnvironment::UseCodePage(codePage, 4);
+        NumConvertCtx ctx;
+        ctx.SetDecimalSeparator(separator);
+        const auto read = [&, dot = separator](std::wstring text) {
+            std::replace(text.begin(), text.end(), L'|', dot);
+            QORUnicodeString s;
+            s.BuildFromWChar(text.c_str());
+            return ReadString(s, &ctx);
+        };
+        EXPECT_EQ(read(L" -1|5e1 "), Good(-15));
+        EXPECT_EQ(read(L"|5"), Good(0.5));
+        EXPECT_EQ(read(L"15"), Good(15));
+        EXPECT_EQ(read(L"1|5|").status, VEL::StatusBadArgument);
+        EXPECT_EQ(read(L"1.5").status, VEL::StatusBadArgument);
+        EXPECT_EQ(read(L"|").status, VEL::StatusBadArgument);
+        ctx.Reset();
+        EXPECT_EQ(read(L" -1.5e1 "), Good(-15));
+        EXPECT_EQ(read(L"1|5").status, VEL::StatusBadArgument);
     }
 }
 
