@@ -1,1 +1,5 @@
 qor_add_benchmark(IConvBenchmark SOURCES IConvBenchmark.cpp LINK QORSysTS)
+find_package(Qt6 REQUIRED COMPONENTS Core)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(ICU_UC REQUIRED IMPORTED_TARGET icu-uc)
+qor_add_benchmark(CodePageBenchmark SOURCES CodePageBenchmark.cpp LINK QORSysTS Qt6::Core PkgConfig::ICU_UC)

@@ -20,6 +20,7 @@ target_compile_definitions(CharactersAndTokensTest PRIVATE QOR_TEST_LOCALES="${Q
 add_dependencies(CharactersAndTokensTest qor_test_locales)
 qor_wrap(CharactersAndTokensTest
   _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev
+  _ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj
   malloc free realloc _Znwm _Znam _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t
   _Z13VELDebugBreaki
   _ZNK14VELSysCodePage18ConvertUTF16ToMBCSEPKtiPcPi _ZNK14VELSysCodePage27GetNextMultiByteCharAsUTF32ERjRPKcRm)

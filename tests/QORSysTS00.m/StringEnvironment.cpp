@@ -43,3 +43,8 @@ extern "C" int __wrap__Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE(void (*)(con
 extern "C" long __wrap__Z26VELGetMultiByteCharMaxSizev() {
     return s_maxCharSize;
 }
+
+extern "C" char* __wrap__ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj(const char*, char* out,
+                                                                                 unsigned int size) {
+    return std::strncpy(out, "C", size);
+}

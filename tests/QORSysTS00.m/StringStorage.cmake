@@ -1,6 +1,7 @@
 # The tests choose the environment's code page themselves.
 set(string_environment
-  _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev)
+  _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev
+  _ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj)
 
 qor_add_test(StringStorageTest
   SOURCES

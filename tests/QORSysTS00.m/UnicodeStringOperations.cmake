@@ -25,5 +25,6 @@ add_dependencies(UnicodeStringOperationsTest qor_test_locales)
 # The tests choose the environment's code page themselves, and every request for memory can be refused.
 qor_wrap(UnicodeStringOperationsTest
   _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev
+  _ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj
   malloc free realloc _Znwm _Znam _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t
   _Z13VELDebugBreaki)

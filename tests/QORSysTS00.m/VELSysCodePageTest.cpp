@@ -38,12 +38,17 @@ extern "C" int __wrap__Z13GetEnvNLSDataP12VELSysNLSEnv(VELSysNLSEnv* env) {
 
 extern "C" int __wrap__Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE(void (*hook)(const VELSysNLSEnv&)) {
     EXPECT_EQ(hook, &VELSysCodePage::OnChangeNLSCore);
-    ++s_hooksRegistered;
-    return 0;
+    int none = 0;
+    return s_hooksRegistered.compare_exchange_strong(none, 1) ? 0 : 1;
 }
 
 extern "C" long __wrap__Z26VELGetMultiByteCharMaxSizev() {
     return s_maxCharSize;
+}
+
+extern "C" char* __wrap__ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj(const char*, char* out,
+                                                                                 unsigned int size) {
+    return std::strncpy(out, "C", size);
 }
 
 TEST(VELSysCodePage, IgnoresTheCharacterSizeGivenForUTF8) {

@@ -17,7 +17,8 @@ qor_add_test(ListFamilyTest
   PRIVATE_INCLUDE ${PROJECT_SOURCE_DIR}/tests/QORSysTS00.m
   ONE_THREAD)
 qor_wrap(ListFamilyTest
-  _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev)
+  _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev
+  _ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj)
 
 qor_add_test(SetFamilyTest
   SOURCES ArrayAllocations.cpp NodeAllocations.cpp SetFamilyTest.cpp

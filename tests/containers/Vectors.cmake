@@ -17,6 +17,7 @@ qor_add_test(VectorFamilyTest
   ONE_THREAD)
 qor_wrap(VectorFamilyTest
   _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev
+  _ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj
   qsort)
 # Each test exists once per container or engine: without optimisation they compile in a fifth of the time.
 target_compile_options(QORSysTSArrayListAbstractCtnrTest PRIVATE -O0)
