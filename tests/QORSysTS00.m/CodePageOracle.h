@@ -117,7 +117,9 @@ public:
         }
         iconv(_toUTF16, nullptr, nullptr, nullptr, nullptr);
         Result result{Units(static_cast<std::size_t>(out - target.data()) / 2), text.size() - inLeft};
-        std::memcpy(result.units.data(), target.data(), 2 * result.units.size());
+        if (!result.units.empty()) {
+            std::memcpy(result.units.data(), target.data(), 2 * result.units.size());
+        }
         return result;
     }
 

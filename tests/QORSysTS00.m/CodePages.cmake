@@ -22,7 +22,8 @@ qor_add_test(VELSysCodePageEnvironmentTest
   SOURCES VELSysCodePageEnvironmentTest.cpp VELSysCodePageShortageTest.cpp LanguageCalls.cpp FailingNew.cpp HeapLog.cpp
   LINK QORSysTS_static)
 qor_wrap(VELSysCodePageEnvironmentTest
-  malloc realloc free _Z13VELDebugBreaki _Znwm _Znam _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t _ZN14VELSysCodePageD2Ev)
+  malloc realloc free _Z13VELDebugBreaki _Znwm _Znam _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t _ZN14VELSysCodePageD2Ev
+  _ZN17VELSysTSDataQueue8PushLastEPvi)
 
 qor_add_test(VELSysCodePageThreadsTest SOURCES VELSysCodePageThreadsTest.cpp LanguageCalls.cpp LINK QORSysTS_static)
 

@@ -6,6 +6,7 @@
 #include "VELString.h"
 #include "VELSysCodePage.h"
 #include "VELSysStatus.h"
+#include "VELSysTSDataQueue.h"
 
 #include <csignal>
 #include <cstdio>
@@ -55,6 +56,14 @@ extern "C" void __wrap__ZN14VELSysCodePageD2Ev(VELSysCodePage* self) {
         Destroyed().emplace_back(self->GetName() != nullptr ? self->GetName() : "");
     }
     __real__ZN14VELSysCodePageD2Ev(self);
+}
+
+extern "C" int __real__ZN17VELSysTSDataQueue8PushLastEPvi(VELSysTSDataQueue* self, void* entry, int milliseconds);
+extern "C" int __wrap__ZN17VELSysTSDataQueue8PushLastEPvi(VELSysTSDataQueue* self, void* entry, int milliseconds) {
+    if (s_tellsDestruction) {
+        std::puts("queued");
+    }
+    return __real__ZN17VELSysTSDataQueue8PushLastEPvi(self, entry, milliseconds);
 }
 
 TEST(EnvironmentConverter, RegistersAheadOfAskingForTheRecord) {
@@ -154,7 +163,7 @@ CHILD_PROGRAM(EndsAfterChanges) {
 
 TEST(ReplacedConverters, LiveUntilTheProcessEnds) {
     const Child child = RunChild("EndsAfterChanges");
-    EXPECT_EQ(child.out, "end\n~EUC-JP\n~EUC-KR\n~UTF-8\nlate\nEUC-TW\n");
+    EXPECT_EQ(child.out, "queued\nqueued\nqueued\nend\n~EUC-JP\n~EUC-KR\n~UTF-8\nlate\nEUC-TW\n");
     EXPECT_EQ(child.err, "");
     EXPECT_EQ(child.exitCode, 0);
 }

@@ -261,6 +261,28 @@ TEST(StatefulCodePage, NeverWritesBehindItsRoom) {
     }
 }
 
+// Escape sequences are no characters, so that a first one may be many bytes away.
+TEST(StatefulCodePage, GivesItsFirstCharacterBehindAnyEscapeSequences) {
+    const VELSysCodePage codePage("ISO-2022-JP-2", 1, nullptr);
+    Converter plain("ISO-2022-JP-2");
+    const std::string kanji = "\x1B$B$\"";
+    for (const std::string& text :
+         {kanji + "\x1B(B\x1B$B$\"", kanji + "\x1B(B", kanji, kanji + "\x1B(Ba", std::string("\x1B$(D\x1B$(D\x1B(Bab"),
+          std::string("\x1B(B\x1B(B\x1B(B\x1B(B\x1B(Bab"), std::string("\x1B$(D\x1B$(D"), std::string("\x1B$")}) {
+        int expectedAnswer = 0;
+        const Result expected = plain.Next(text, expectedAnswer);
+        const char* src = text.data();
+        unsigned long left = text.size();
+        unsigned short units[2];
+        testing::internal::CaptureStderr();
+        const int answer = codePage.GetNextMultiByteCharAsUTF16(units, src, left);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), plain.messages);
+        plain.messages.clear();
+        EXPECT_EQ(answer, expectedAnswer) << testing::PrintToString(text);
+        EXPECT_EQ(Result({Units(units, units + answer), text.size() - left}), expected) << testing::PrintToString(text);
+    }
+}
+
 TEST(StatefulCodePage, StartsEachConversionAnew) {
     const VELSysCodePage codePage("ISO-2022-JP");
     const char text[] = "\x1B$B$\"";

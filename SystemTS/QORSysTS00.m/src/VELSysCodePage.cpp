@@ -141,7 +141,7 @@ void VELSysCodePage::_Reinitialize(const char* codePage, int maxCharSize, const 
     if (char* const locale = _locale.load(std::memory_order_relaxed)) {
         std::strcpy(locale, NeutralLocale);
     }
-    if (_InitConvDesc(codePage) < 0) {
+    if (codePage == nullptr || _InitConvDesc(codePage) < 0) {
         _UseIdentity();
         return;
     }
@@ -161,7 +161,7 @@ int VELSysCodePage::_InitConvDesc(const char* codePage) {
     if (_isUTF8) {
         return VEL::StatusNote;
     }
-    if (codePage == nullptr || std::strcmp(codePage, NotAvailable) == 0) {
+    if (std::strcmp(codePage, NotAvailable) == 0) {
         return VEL::StatusFailure;
     }
     int status = VELSysIConvTSWrap::Open(UTF16Name, codePage, _toUTF16Descriptor);
