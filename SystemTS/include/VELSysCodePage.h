@@ -72,9 +72,9 @@ public:
     int CanConvertMBCSToUTF16(const char* src, unsigned long length) const;
 
     /// Takes one character of a text of `left` bytes and moves `src` and `left` past it. Bytes that can't be decoded
-    /// are passed over one by one, so that a caller's loop ends; the `iconv` way gives "?" for them. Text that is nothing
-    /// but a state, such as an escape sequence at the end, is not passed over: the result is a zero character then. Nothing is read behind the `left` bytes; their end
-    /// counts as a zero byte there.
+    /// are passed over one by one, so that a caller's loop ends; the `iconv` way gives "?" for them. Text that is
+    /// nothing but a state, such as an escape sequence at the end, is not passed over: the result is a zero character
+    /// then. Nothing is read behind the `left` bytes; their end counts as a zero byte there.
     /// @param out  Receives the character; target of 2 units.
     /// @return The units written, 1 or 2; 0 for a byte that can't be decoded, which the UTF-8 way gives as code 0
     /// instead.
