@@ -178,10 +178,9 @@ INSTANTIATE_TEST_SUITE_P(Each, FirstUseWithoutAHook,
 
 TEST_P(FirstUseWithoutAHook, ConvertsRightlyForTheLanguageItHas) {
     for (const int threads : {1, Threads}) {
-        const Outcome outcome =
-            LanguageChild::Run("FillsThePlacesFirst", {.lang = "fr_FR.UTF-8",
-                                                       .table = Table(Rows),
-                                                       .script = std::vector<std::string>(threads, GetParam())});
+        const Outcome outcome = LanguageChild::Run(
+            "FillsThePlacesFirst",
+            {.lang = "fr_FR.UTF-8", .table = Table(Rows), .script = std::vector<std::string>(threads, GetParam())});
         EXPECT_EQ(outcome.exitCode, 0) << "signal " << outcome.signal << '\n' << outcome.err;
         EXPECT_THAT(outcome.report, ElementsAre("last 0", French, "converter UTF-8"));
     }
@@ -190,9 +189,8 @@ TEST_P(FirstUseWithoutAHook, ConvertsRightlyForTheLanguageItHas) {
 TEST(FirstUseInEUC, TheConverterIsTheRecords) {
     for (const char* const act : {"text", "units", "converter", "query", "table", "detect", "session"}) {
         const Outcome outcome = LanguageChild::Run(
-            "ActsFirstOnThreads", {.lang = "ja_JP.UTF-8",
-                                   .table = Table(Rows),
-                                   .script = std::vector<std::string>(Threads, act)});
+            "ActsFirstOnThreads",
+            {.lang = "ja_JP.UTF-8", .table = Table(Rows), .script = std::vector<std::string>(Threads, act)});
         EXPECT_EQ(outcome.exitCode, 0) << act << ", signal " << outcome.signal << '\n' << outcome.err;
         EXPECT_THAT(outcome.report, ElementsAre("Japanese|ja|ja_JP.EUC-JP|EUC-JP|.|3", "converter EUC-JP")) << act;
     }
@@ -212,8 +210,7 @@ CHILD_PROGRAM(AsksWhileItEnds) {
 }
 
 TEST(FirstUseAtTheEnd, Settles) {
-    const Outcome outcome =
-        LanguageChild::Run("AsksWhileItEnds", {.lang = "fr_FR.ISO-8859-1", .table = Table(Rows)});
+    const Outcome outcome = LanguageChild::Run("AsksWhileItEnds", {.lang = "fr_FR.ISO-8859-1", .table = Table(Rows)});
     EXPECT_EQ(outcome.exitCode, 0) << "signal " << outcome.signal << '\n' << outcome.err;
     EXPECT_THAT(outcome.report, ElementsAre(French, "converter UTF-8"));
     EXPECT_EQ(outcome.err, "");

@@ -1,6 +1,6 @@
 /// @file
-/// Processes under a language: a child with the environment, the language table and the locales that a test gives, which
-/// plays a script and reports what each step gave.
+/// Processes under a language: a child with the environment, the language table and the locales that a test gives,
+/// which plays a script and reports what each step gave.
 ///
 /// Steps are "verb" or "verb=text":
 /// - "init", "init=L", "force", "force=L": InitNLSCore(), with null where no text is given; reports "init 4"
@@ -45,15 +45,15 @@ std::string Table(const std::string& rows);
 
 /// The rows that most tests use. Their locales are the test locales.
 inline const std::string Rows = "English en en_US.UTF-8 UTF-8\n"
-                         "English en2 en_US.ISO-8859-1 ISO-8859-1\n"
-                         "Japanese ja ja_JP.EUC-JP EUC-JP\n"
-                         "Japanese ja2 ja_JP.SJIS SHIFT_JIS\n"
-                         "Korean ko ko_KR.EUC-KR EUC-KR\n"
-                         "Simplified_Chinese zh zh_CN.GB18030 GB18030\n"
-                         "Simplified_Chinese zh2 zh_CN.GB2312 EUC-CN\n"
-                         "Traditional_Chinese tw zh_TW.BIG5 BIG5\n"
-                         "German de de_DE.ISO-8859-1 ISO-8859-1\n"
-                         "French fr fr_FR.UTF-8 UTF-8\n";
+                                "English en2 en_US.ISO-8859-1 ISO-8859-1\n"
+                                "Japanese ja ja_JP.EUC-JP EUC-JP\n"
+                                "Japanese ja2 ja_JP.SJIS SHIFT_JIS\n"
+                                "Korean ko ko_KR.EUC-KR EUC-KR\n"
+                                "Simplified_Chinese zh zh_CN.GB18030 GB18030\n"
+                                "Simplified_Chinese zh2 zh_CN.GB2312 EUC-CN\n"
+                                "Traditional_Chinese tw zh_TW.BIG5 BIG5\n"
+                                "German de de_DE.ISO-8859-1 ISO-8859-1\n"
+                                "French fr fr_FR.UTF-8 UTF-8\n";
 
 /// Runs the script.
 Outcome Play(const Setting& setting);

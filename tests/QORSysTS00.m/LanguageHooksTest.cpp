@@ -70,8 +70,8 @@ TEST_F(LanguageHook, FiveAreTooMany) {
     EXPECT_EQ(RegisterNLSChangeHook(Hooks[4]), static_cast<int>(0x80004005));
     EXPECT_EQ(RegisterNLSChangeHook(Hooks[3]), 1) << "known though all places are taken";
     EXPECT_EQ(RegisterNLSChangeHook(nullptr), static_cast<int>(0x80070057));
-    EXPECT_THAT(Decide("Japanese"), ElementsAre("0 Japanese EUC-JP", "1 Japanese EUC-JP", "2 Japanese EUC-JP",
-                                                "3 Japanese EUC-JP"));
+    EXPECT_THAT(Decide("Japanese"),
+                ElementsAre("0 Japanese EUC-JP", "1 Japanese EUC-JP", "2 Japanese EUC-JP", "3 Japanese EUC-JP"));
 }
 
 TEST_F(LanguageHook, TheConverterTakesAPlace) {
@@ -182,8 +182,8 @@ TEST_F(LanguageHook, FromWithinADecisionIsNotMade) {
     RegisterNLSChangeHook(Hook<0>);
     std::vector<int> codes;
     s_inside = [&](const VELSysNLSEnv&) {
-        codes = {InitNLSCore(nullptr, false), InitNLSCore(nullptr, true), InitNLSCore("Korean", false),
-                 InitNLSCore("", false), InitNLSCore("Japanese", false), InitNLSCore("Japanese", true)};
+        codes = {InitNLSCore(nullptr, false), InitNLSCore(nullptr, true),     InitNLSCore("Korean", false),
+                 InitNLSCore("", false),      InitNLSCore("Japanese", false), InitNLSCore("Japanese", true)};
     };
     EXPECT_THAT(Decide("Japanese"), ElementsAre("0 Japanese EUC-JP"));
     EXPECT_THAT(codes, ElementsAre(1, 2, 2, 2, 1, 2));

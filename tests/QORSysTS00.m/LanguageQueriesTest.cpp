@@ -282,18 +282,19 @@ struct Field {
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(
-    Each, UsualCodePages,
-    testing::Values(UsualCodePage{"English", "ISO-8859-1"}, UsualCodePage{"French", "ISO-8859-1"},
-                    UsualCodePage{"German", "ISO-8859-1"}, UsualCodePage{"Dutch", "ISO-8859-1"},
-                    UsualCodePage{"Danish", "ISO-8859-1"}, UsualCodePage{"Spanish", "ISO-8859-1"},
-                    UsualCodePage{"Italian", "ISO-8859-1"}, UsualCodePage{"Portuguese", "ISO-8859-1"},
-                    UsualCodePage{"Swedish", "ISO-8859-1"}, UsualCodePage{"Finnish", "ISO-8859-1"},
-                    UsualCodePage{"Icelandic", "ISO-8859-1"}, UsualCodePage{"Japanese", "IBM-932"},
-                    UsualCodePage{"Simplified_Chinese", "EUC-CN"}, UsualCodePage{"Korean", "EUC-KR"},
-                    UsualCodePage{"Czech", "ISO-8859-2"}, UsualCodePage{"Polish", "ISO-8859-2"},
-                    UsualCodePage{"Russian", "ISO-8859-5"}, UsualCodePage{"Traditional_Chinese", "CN-BIG5"}),
-    [](const auto& test) { return std::string(test.param.language); });
+INSTANTIATE_TEST_SUITE_P(Each, UsualCodePages,
+                         testing::Values(UsualCodePage{"English", "ISO-8859-1"}, UsualCodePage{"French", "ISO-8859-1"},
+                                         UsualCodePage{"German", "ISO-8859-1"}, UsualCodePage{"Dutch", "ISO-8859-1"},
+                                         UsualCodePage{"Danish", "ISO-8859-1"}, UsualCodePage{"Spanish", "ISO-8859-1"},
+                                         UsualCodePage{"Italian", "ISO-8859-1"},
+                                         UsualCodePage{"Portuguese", "ISO-8859-1"},
+                                         UsualCodePage{"Swedish", "ISO-8859-1"}, UsualCodePage{"Finnish", "ISO-8859-1"},
+                                         UsualCodePage{"Icelandic", "ISO-8859-1"}, UsualCodePage{"Japanese", "IBM-932"},
+                                         UsualCodePage{"Simplified_Chinese", "EUC-CN"},
+                                         UsualCodePage{"Korean", "EUC-KR"}, UsualCodePage{"Czech", "ISO-8859-2"},
+                                         UsualCodePage{"Polish", "ISO-8859-2"}, UsualCodePage{"Russian", "ISO-8859-5"},
+                                         UsualCodePage{"Traditional_Chinese", "CN-BIG5"}),
+                         [](const auto& test) { return std::string(test.param.language); });
 
 TEST_P(UsualCodePages, AreCopiedAndFilledUpWithZeros) {
     Field expected;

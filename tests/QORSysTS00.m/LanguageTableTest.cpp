@@ -81,7 +81,8 @@ const Text Texts[] = {
     {"AWordOf510BytesIsOne", "*BEGIN*\n" + WordOf(510), {W511.substr(2) + "|||"}},
     {"AWordOf512BytesLosesItsNewline", "*BEGIN*\n" + WordOf(512), {W511 + "|||", "|||"}},
     {"AWordOf1023BytesIsThree", "*BEGIN*\n" + WordOf(1023), {W511 + "|||", W511 + "|||", "|||"}},
-    {"ALongLineMayHideTheEnd", "*BEGIN*\n" + std::string(508, 'w') + "*END*\nx\n",
+    {"ALongLineMayHideTheEnd",
+     "*BEGIN*\n" + std::string(508, 'w') + "*END*\nx\n",
      {std::string(508, 'w') + "*EN|||", "D*|||", "x|||"}},
     {"OrHaveItInItsTail", "*BEGIN*\n" + W511 + "*END*\nx\n", {W511 + "|||"}},
     {"ALongLineMayHideTheBeginning", std::string(508, 'w') + "*BEGIN*\nx\n*BEGIN*\ny\n", {"y|||"}},
@@ -231,23 +232,22 @@ CHILD_PROGRAM(WarnsOfAMissingTable) {
 TEST(MissingLanguageTable, IsWarnedOfOnceWhenAsked) {
     const LanguageChild::Outcome outcome = LanguageChild::Run(
         "WarnsOfAMissingTable", {.lang = "x.UTF-8", .more = {{"QORDefaultEnvironment", "y"}}, .isTraced = true});
-    EXPECT_EQ(outcome.err, "[PID]VELSysNLSCore failed to open SUPPLANG_R9 file. You may regenerate your runtime view to "
-                           "fix this issue (bldz/bldvw/reinstall).\n");
-    EXPECT_THAT(outcome.report,
-                ElementsAre("init 0", "count -2147418113 0", "cleared", "count -2147418113 0"));
+    EXPECT_EQ(outcome.err,
+              "[PID]VELSysNLSCore failed to open SUPPLANG_R9 file. You may regenerate your runtime view to "
+              "fix this issue (bldz/bldvw/reinstall).\n");
+    EXPECT_THAT(outcome.report, ElementsAre("init 0", "count -2147418113 0", "cleared", "count -2147418113 0"));
 }
 
 TEST(MissingLanguageTable, IsNotWarnedOfInTheBuildersEnvironment) {
-    const LanguageChild::Outcome outcome =
-        LanguageChild::Run("WarnsOfAMissingTable", {.lang = "x.UTF-8",
-                                                    .more = {{"QORDefaultEnvironment", "BldzEnvironment"}},
-                                                    .isTraced = true});
+    const LanguageChild::Outcome outcome = LanguageChild::Run(
+        "WarnsOfAMissingTable",
+        {.lang = "x.UTF-8", .more = {{"QORDefaultEnvironment", "BldzEnvironment"}}, .isTraced = true});
     EXPECT_EQ(outcome.err, "");
 }
 
 TEST(MissingLanguageTable, IsNotWarnedOfWithoutATrace) {
-    const LanguageChild::Outcome outcome = LanguageChild::Run(
-        "WarnsOfAMissingTable", {.lang = "x.UTF-8", .more = {{"QORDefaultEnvironment", "y"}}});
+    const LanguageChild::Outcome outcome =
+        LanguageChild::Run("WarnsOfAMissingTable", {.lang = "x.UTF-8", .more = {{"QORDefaultEnvironment", "y"}}});
     EXPECT_EQ(outcome.out + outcome.err, "");
     EXPECT_THAT(outcome.report, ElementsAre("init 0", "count -2147418113 0", "cleared", "count -2147418113 0"));
 }
@@ -265,7 +265,7 @@ protected:
     }
 
     /// One column of all rows.
-    static std::set<std::string> Column(std::string VELSysNLSEntry::* column) {
+    static std::set<std::string> Column(std::string VELSysNLSEntry::*column) {
         const VELSysNLSEntry all;
         VELSysNLSFilter filter{};
         filter.pattern = &all;
@@ -322,10 +322,15 @@ TEST_F(ShippedLanguageTable, HasEachLocaleOnce) {
 }
 
 TEST_F(ShippedLanguageTable, ServesTheTestLocales) {
-    const std::pair<const char*, const char*> expected[] = {
-        {"en_US.UTF-8", "English"},     {"fr_FR.UTF-8", "French"},          {"de_DE.ISO-8859-1", "German"},
-        {"ja_JP.EUC-JP", "Japanese"},   {"zh_CN.GB18030", "Simplified_Chinese"}, {"ko_KR.EUC-KR", "Korean"},
-        {"zh_TW.BIG5", "Traditional_Chinese"}, {"C", "English"},            {"xx_XX.UTF-8", "English"}};
+    const std::pair<const char*, const char*> expected[] = {{"en_US.UTF-8", "English"},
+                                                            {"fr_FR.UTF-8", "French"},
+                                                            {"de_DE.ISO-8859-1", "German"},
+                                                            {"ja_JP.EUC-JP", "Japanese"},
+                                                            {"zh_CN.GB18030", "Simplified_Chinese"},
+                                                            {"ko_KR.EUC-KR", "Korean"},
+                                                            {"zh_TW.BIG5", "Traditional_Chinese"},
+                                                            {"C", "English"},
+                                                            {"xx_XX.UTF-8", "English"}};
     for (const auto& [lang, language] : expected) {
         setenv("LANG", lang, 1);
         VELSysNLSEntry entry;

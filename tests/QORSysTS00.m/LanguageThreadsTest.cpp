@@ -61,8 +61,9 @@ protected:
 
 /// What a record of one decision may be.
 void ExpectWhole(const VELSysNLSEnv& env) {
-    static const std::set<std::string> whole = {
-        "Japanese ja ja_JP.EUC-JP EUC-JP 3", "German de de_DE.ISO-8859-1 ISO-8859-1 1", "French fr fr_FR.UTF-8 UTF-8 4"};
+    static const std::set<std::string> whole = {"Japanese ja ja_JP.EUC-JP EUC-JP 3",
+                                                "German de de_DE.ISO-8859-1 ISO-8859-1 1",
+                                                "French fr fr_FR.UTF-8 UTF-8 4"};
     const std::string text = std::string(env.language) + ' ' + env.alias + ' ' + env.langString + ' ' + env.codePage +
                              ' ' + std::to_string(env.maxCharSize);
     EXPECT_EQ(whole.count(text), 1U) << text;

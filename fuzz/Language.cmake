@@ -1,0 +1,1 @@
+qor_add_fuzzer(LanguageTableFuzz SOURCES LanguageTableFuzz.cpp LINK QORSysTS_static)
