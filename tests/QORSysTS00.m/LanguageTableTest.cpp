@@ -110,6 +110,26 @@ TEST_F(LanguageTable, IsReadAnewByEachQuery) {
     EXPECT_THAT(RowsFound(), ElementsAre("d|||"));
 }
 
+TEST_F(LanguageTable, LoadsWithAResult) {
+    using VEL::internal::LoadLanguageTable;
+    VEL::internal::LanguageRows rows;
+    EXPECT_EQ(LoadLanguageTable(rows), 1);
+    EXPECT_EQ(rows.size(), 10U);
+    RemoveTable();
+    EXPECT_EQ(LoadLanguageTable(rows), 1) << "loaded already";
+    EXPECT_EQ(rows.size(), 10U);
+    rows.clear();
+    EXPECT_EQ(LoadLanguageTable(rows), static_cast<int>(0x80004005)) << "no file";
+    for (const char* const text : {"a b c d\n", "*BEGIN*\n", "*BEGIN*"}) {
+        UseTable(text);
+        EXPECT_EQ(LoadLanguageTable(rows), 0) << text;
+        EXPECT_TRUE(rows.empty());
+    }
+    UseTable("*BEGIN*\n*END*\n");
+    EXPECT_EQ(LoadLanguageTable(rows), 1);
+    EXPECT_TRUE(rows.empty());
+}
+
 TEST_F(LanguageTable, InPlaceOfADirectoryIsNone) {
     RemoveTable();
     std::filesystem::create_directory(scratch / "NLS/SUPPLANG_R9");
