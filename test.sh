@@ -142,7 +142,7 @@ languages)
     need "${base_packages[@]}" "${test_packages[@]}"
     configure test
     build build-test
-    for language in de_DE.ISO-8859-1 ja_JP.SJIS; do
+    for language in de_DE.ISO-8859-1 ja_JP.SHIFT_JIS; do
         run_tests build-test $language || status=$?
     done
     ;;
@@ -150,7 +150,7 @@ asan)
     need "${base_packages[@]}" "${test_packages[@]}"
     configure asan
     build build-asan
-    run_tests build-asan ja_JP.SJIS || status=$?
+    run_tests build-asan ja_JP.SHIFT_JIS || status=$?
     ;;
 tsan)
     need "${base_packages[@]}" "${test_packages[@]}"
