@@ -255,7 +255,7 @@ char* __wrap_setlocale(int category, const char* locale) {
 // The C library loses the list of directories that it makes of LOCPATH.
 
 const char* __lsan_default_suppressions() {
-    return "leak:__argz_add_sep";
+    return "leak:argz_add_sep";
 }
 
 const char* __lsan_default_options() {
