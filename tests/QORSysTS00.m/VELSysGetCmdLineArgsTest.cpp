@@ -143,6 +143,11 @@ extern "C" long __wrap__Z26VELGetMultiByteCharMaxSizev() {
     return 1;
 }
 
+extern "C" char* __wrap__ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj(const char*, char* out,
+                                                                                 unsigned int size) {
+    return std::strncpy(out, "C", size);
+}
+
 CHILD_PROGRAM(PrintsItsCommandLine) {
     const std::vector<std::string> found = Arguments();
     // The program, the switch and the name of the child program come first.
