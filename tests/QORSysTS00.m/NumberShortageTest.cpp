@@ -7,6 +7,7 @@
 #include "StringStates.h"
 #include "VELNumConvert.h"
 #include "VELStringPool.h"
+#include "VELSysCodePage.h"
 #include "VELSysStatus.h"
 
 #include <functional>
@@ -18,6 +19,8 @@ using namespace StringStates;
 /// Runs `act` with its first request failing, then with its second, and so on until none fails.
 void Sweep(const std::function<void(bool isLastTime)>& act) {
     VELStringPoolSetForCurrentThrd(0);
+    // It stays for the process.
+    VELSysCodePage::GetEnvConverter();
     for (const auto extent : {HeapShortage::OnlyThatOne, HeapShortage::FromThatOneOn}) {
         bool hasStruck = true;
         for (int first = 1; hasStruck; ++first) {
