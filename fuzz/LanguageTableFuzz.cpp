@@ -77,7 +77,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     const std::unique_ptr<std::FILE, CloseFile> file(fmemopen(text.data(), text.size(), "rb"));
-    VEL::internal::LanguageRows rows;
+    VEL::internal::LanguageTable rows;
     const int result = VEL::internal::ReadLanguageTable(file.get(), rows);
     Require(result == 0 || result == 1);
     if (text.find('\0') != std::string::npos) {

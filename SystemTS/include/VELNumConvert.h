@@ -33,7 +33,7 @@ public:
 ///               small is what `strtod` makes of it, and no failure.
 /// @param ctx    Null: the separator is a point.
 /// @return 0; VEL::StatusBadArgument for text that is no number, that has the separator twice, or that has the decimal
-///         point of the locale and not the separator; VEL::StatusNotImplemented for NumConvertCtx::Reserved, ahead of
+///         point of the locale and not the separator, and without memory for the text; VEL::StatusNotImplemented for NumConvertCtx::Reserved, ahead of
 ///         all else.
 QORSYSTS_EXPORT int ConvertToNumEx(double& value, const QORUnicodeString& s, NumConvertCtx* ctx);
 

@@ -19,8 +19,6 @@
 /// Locales of threads and of the process.
 class QORSYSTS_EXPORT VELSysCLocale {
 public:
-    /// Bytes of a locale name kept by value, terminator included. Longer names are cut.
-    static constexpr unsigned int NameSize = 86;
     /// Bytes that always hold what VELSysCLocaleEnvironGet() gives: it comes from a line of the language table, which
     /// has no more.
     static constexpr unsigned int EnvironNameSize = 512;
@@ -28,8 +26,8 @@ public:
     /// Gives the calling thread another locale, for as long as the object lives.
     ///
     /// Where the C library refuses a locale for the thread, the process's is set, under a lock that is held until the
-    /// locale is restored: such scopes must be short and must not wait for each other across threads. Scopes of one
-    /// thread nest, and end in reverse order on that thread.
+    /// locale is restored: such scopes must be short and must not wait for other threads, which a language decision
+    /// makes wait for the scope. Scopes of one thread nest, and end in reverse order on that thread.
     class ThreadLC;
 
     /// How a locale writes numbers and money, as wide text. Belongs to one thread.
@@ -57,7 +55,8 @@ public:
 
 class QORSYSTS_EXPORT VELSysCLocale::ThreadLC {
 public:
-    /// @param category  What changes. Numbers above `LC_ALL` stand for `LC_ALL`.
+    /// @param category  What changes. Numbers above `LC_ALL` stand for `LC_ALL` where the locale is the thread's
+    ///                  own; the process knows none of them.
     /// @param locale    The locale's name; empty for the environment's.
     /// @param status    Receives 0 when the locale is in force; 1 when it was so before and the process-wide lock is
     ///                  held; VEL::StatusFailure when `locale` is null or the present locale can't be had or kept;

@@ -20,7 +20,8 @@ struct VELSysNLSEnv;
 /// Input that is damaged otherwise than by a byte that has no meaning is told on standard error:
 /// "iconv EINVAL error: input buffer was truncated." for a character that the end of the text cuts,
 /// "iconv E2BIG error: buffer overflow. InBytesLeft: <n>" for a target that is too small for all of the text, and
-/// "iconv errno is: <n>" for anything else that `iconv` says.
+/// "iconv errno is: <n>" for anything else that `iconv` says. A code page that VELSysIConvTSWrap::Open() refuses is
+/// told by "ERROR: SUPPLANG_R9 does not contain a valid code set for code page: <name>.".
 class QORSYSTS_EXPORT VELSysCodePage {
 public:
     /// A converter for `codePage` with 16 as the longest character.
@@ -49,9 +50,10 @@ public:
     /// Resumable form: stops when `room` units are used. `src` and `length` advance past what was consumed, and `src`
     /// becomes null when nothing is left. A state that the code page's text is in, such as one set by an escape
     /// sequence, isn't carried over to the next call.
-    /// @param dst   Target of at least `room` + 1 units.
-    /// @param room  0 stands for one unit for each byte, as much as all of the text takes; the UTF-8 way does nothing
-    ///              then.
+    /// @param dst   Target of at least `room` + 1 units; for a `room` of 0 see there.
+    /// @param room  0 stands for one unit for each byte, as much as all of the text takes, and `dst` must have that;
+    /// the
+    ///              UTF-8 way does nothing then.
     /// @return The number of units written, or -1 when `src` is null.
     int ConvertMBCSToUTF16(const char*& src, unsigned long& length, unsigned short* dst, unsigned long room) const;
 
@@ -132,6 +134,7 @@ private:
     QORSYSTS_PRIVATE int _UTF8toUTF16(const char*& src, int& srcLength, unsigned short* dst, int& dstLength) const;
     QORSYSTS_PRIVATE int _UTF16toUTF8(const unsigned short* src, int length, char* dst, int* written) const;
 
+    QORSYSTS_PRIVATE static const VELSysCodePage& _TellDebugger();
     QORSYSTS_PRIVATE static std::atomic<const VELSysCodePage*> _sCPConverter;
 
     char* _name = nullptr;

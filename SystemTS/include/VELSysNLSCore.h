@@ -88,11 +88,11 @@ private:
 
 /// Makes the language decision, unless it stands.
 /// @param language  The language to run in; empty for that of the environment; null for what stands, or the
-///                  environment's when a change has been announced. A language that the table doesn't have becomes the
-///                  environment's while a change is announced.
+///                  environment's when a change has been announced. In place of a language that the table doesn't have
+///                  comes the environment's.
 /// @param force     Also when it stands.
-/// @return 0 when the table gave no row; 1 when the decision stood; 2 when this thread is just making it, a
-///         call from within, which does nothing; 4 when it was made from a row. (3 is not given.)
+/// @return 0 when there is no table; 1 when the decision stood; 2 when this thread is just making it, a call from
+///         within, which does nothing; 4 when it was made. (3 is not given.)
 QORSYSTS_EXPORT int InitNLSCore(const char* language, bool force);
 
 /// Announces a change: the next query decides again. Nothing is torn down.
@@ -108,7 +108,8 @@ QORSYSTS_EXPORT int GetEnvNLSData(VELSysNLSEnv* env);
 /// @param count  In: how many rows `list` may receive. Out: how many there are, which may be more.
 /// @param list   Receives the rows as a list that the caller owns; null only counts. Left alone when there is none.
 /// @return 0; VEL::StatusBadArgument for another mode; VEL::StatusUnexpected when the table can't be had or is empty;
-///         VEL::StatusFailure for a null pattern or predicate, and without memory, when there is no list either.
+///         VEL::StatusFailure for a null pattern or predicate, and without memory, when there is no list either and
+///         `count` has no meaning.
 QORSYSTS_EXPORT int GetNLSInformationA(VELSysNLSFilter filter, char mode, int& count, VELSysNLSNode** list);
 
 /// The row that fits the environment, whatever the decision is.

@@ -320,6 +320,49 @@ TEST_F(Conventions, APrintedDecimalPointIsNotPutOnTheHeap) {
     EXPECT_EQ(FieldsOf(_conventions).used, PoolLength);
 }
 
+TEST_F(Conventions, APointThatCantBeConvertedIsGivenBack) {
+    const int before = BlocksHeld();
+    {
+        LConv c;
+        Answer(RADIXCHAR, "\xff\xff");
+        const std::string filling(PoolLength - 3, 'x');
+        Answer(CURRENCY_SYMBOL, filling.c_str());
+        const ThreadLC scope(LC_ALL, TestLocales::English, nullptr);
+        VELSysCLocale::GetLCConv(c);
+        ASSERT_NE(c.currency_symbol(), nullptr);
+        EXPECT_STREQ(c.decimal_point(), L".");
+    }
+    EXPECT_EQ(BlocksHeld(), before);
+}
+
+TEST_F(Conventions, FilledAtOnceNoLongerLookAtTheFormerLocale) {
+    FillOwn(TestLocales::German);
+    _scope.reset();
+    Answer(THOUSEP, nullptr);
+    VELSysCLocale::GetLCConv(_conventions);
+    EXPECT_EQ(FieldsOf(_conventions).source, nullptr);
+}
+
+TEST_F(Conventions, FilledAnewShowNothingOfTheFormerText) {
+    const std::string filling(PoolLength - 1, 'x');
+    Answer(CURRENCY_SYMBOL, filling.c_str());
+    FillOwn(TestLocales::English);
+    ASSERT_NE(_conventions.currency_symbol(), nullptr);
+    Answer(CURRENCY_SYMBOL, "ab\xff"
+                            "cd");
+    VELSysCLocale::GetLCConv(_conventions);
+    EXPECT_STREQ(_conventions.currency_symbol(), L"ab");
+    EXPECT_EQ(_conventions.frac_digits(), 2);
+    EXPECT_STREQ(FieldsOf(_conventions).values[11], L"\x2");
+}
+
+TEST_F(Conventions, OfThePlainThreadAreConvertedUnderTheLock) {
+    TestLocales::UseLocale(TestLocales::LongCurrency);
+    Record();
+    VELSysCLocale::GetLCConv(_conventions);
+    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "uselocale ?", "WriteLock", "uselocale ?", "new", "WriteUnlock"));
+}
+
 CHILD_PROGRAM(FillsConventions) {
     LocaleCalls::PrintProcessId();
     LConv conventions;

@@ -112,7 +112,7 @@ TEST_F(LanguageTable, IsReadAnewByEachQuery) {
 
 TEST_F(LanguageTable, LoadsWithAResult) {
     using VEL::internal::LoadLanguageTable;
-    VEL::internal::LanguageRows rows;
+    VEL::internal::LanguageTable rows;
     EXPECT_EQ(LoadLanguageTable(rows), 1);
     EXPECT_EQ(rows.size(), 10U);
     RemoveTable();

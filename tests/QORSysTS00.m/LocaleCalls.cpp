@@ -272,6 +272,7 @@ const char* __wrap__Z51VELSysNeutralCoreApplicationGetEnvironmentVariableAPKc(co
 }
 
 void* __wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
+    Note("new");
     if (Fails("new")) {
         return nullptr;
     }

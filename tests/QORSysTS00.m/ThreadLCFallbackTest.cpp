@@ -59,7 +59,7 @@ TEST_F(LocaleFallback, SetsTheProcesssUnderTheLock) {
     int status = Untouched;
     ThreadLC scope(LC_NUMERIC, TestLocales::German, &status);
     EXPECT_EQ(status, VEL::StatusOk);
-    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "WriteLock", "setlocale 1 ?",
+    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "WriteLock", "setlocale 1 ?", "new",
                                    "setlocale 1 de_DE.ISO-8859-1"));
     const ScopeFields fields = FieldsOf(scope);
     EXPECT_STREQ(fields.savedName, "C");
@@ -107,6 +107,14 @@ TEST_F(LocaleFallback, RestoresALongNameOfAllCategories) {
     EXPECT_EQ(std::setlocale(LC_ALL, nullptr), name);
 }
 
+TEST_F(LocaleFallback, ComparesTheWholeNameAndTakesTheEmptyOneForTheEnvironments) {
+    setenv("LC_ALL", TestLocales::German, 1);
+    int status = Untouched;
+    const ThreadLC scope(LC_ALL, "", &status);
+    EXPECT_EQ(status, VEL::StatusOk);
+    EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), TestLocales::German);
+}
+
 TEST_F(LocaleFallback, NestsOnOneThread) {
     ThreadLC outer(LC_ALL, TestLocales::English, nullptr);
     {
@@ -127,7 +135,7 @@ TEST_F(LocaleFallback, ThatIsRefusedLeavesNothing) {
     int status = Untouched;
     ThreadLC scope(LC_ALL, "nowhere", &status);
     EXPECT_EQ(status, VEL::StatusBadArgument);
-    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all nowhere", "WriteLock", "setlocale 6 ?",
+    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all nowhere", "WriteLock", "setlocale 6 ?", "new",
                                    "setlocale 6 nowhere", "WriteUnlock"));
     EXPECT_EQ(FieldsOf(scope).flags, 0);
     EXPECT_EQ(FieldsOf(scope).savedName, nullptr);
@@ -154,8 +162,8 @@ TEST_F(LocaleFallback, FailsWhereThePresentLocaleCannotBeKept) {
     // Refused for the thread, too.
     const ThreadLC scope(LC_ALL, name.c_str(), &status);
     EXPECT_EQ(status, VEL::StatusFailure);
-    EXPECT_THAT(Log(),
-                ElementsAre("uselocale ?", "newlocale all " + name, "WriteLock", "setlocale 6 ?", "WriteUnlock"));
+    EXPECT_THAT(
+        Log(), ElementsAre("uselocale ?", "newlocale all " + name, "WriteLock", "setlocale 6 ?", "new", "WriteUnlock"));
     EXPECT_EQ(FieldsOf(scope).flags, 0);
     EXPECT_FALSE(IsLockHeld());
 }

@@ -355,6 +355,24 @@ TEST_F(NumConvert, UnknownLocaleOfTheEnvironmentLeavesTheProcesss) {
     EXPECT_FALSE(LocaleCalls::IsLockHeld());
 }
 
+TEST_F(NumConvert, ReadsInALocaleWithALongName) {
+    std::string name;
+    const char* separator = "";
+    for (const char* const category :
+         {"LC_CTYPE", "LC_NUMERIC", "LC_TIME", "LC_COLLATE", "LC_MONETARY", "LC_MESSAGES", "LC_PAPER", "LC_NAME",
+          "LC_ADDRESS", "LC_TELEPHONE", "LC_MEASUREMENT", "LC_IDENTIFICATION"}) {
+        name += std::string(separator) + category + "=" + TestLocales::German;
+        separator = ";";
+    }
+    ASSERT_LT(name.size(), 512U);
+    ASSERT_NE(std::setlocale(LC_ALL, name.c_str()), nullptr);
+    std::setlocale(LC_ALL, "C");
+    LocaleCalls::UseEnvironmentLocale(name.c_str());
+    NumConvertCtx ctx;
+    ctx.SetFlags(NumConvertCtx::LocaleOfEnvironment);
+    EXPECT_EQ(Read("1.5", &ctx), Good(1.5));
+}
+
 TEST_F(NumConvert, LongTextsAreReadToo) {
     const std::string zeros(100000, '0');
     EXPECT_EQ(Read(zeros + "1.5" + zeros), Good(1.5));

@@ -42,6 +42,7 @@ TEST_F(CLocale, AScopeIsTheThreadsOwn) {
     EXPECT_TRUE(VELSysCLocaleIsPerThread());
     EXPECT_EQ(VELSysCLocaleSetPerThread(0), -1);
     EXPECT_EQ(VELSysCLocaleSetPerThread(1), 0);
+    EXPECT_EQ(VELSysCLocaleSetPerThread(2), -1);
     EXPECT_TRUE(VELSysCLocaleIsPerThread());
 }
 
@@ -92,6 +93,7 @@ INSTANTIATE_TEST_SUITE_P(Each, LocaleBeforeLoad,
                          testing::Values(FirstUse{"Question", [] { GetLocaleBeforeLoad(); }},
                                          FirstUse{"NullScope",
                                                   [] { VELSysCLocale::ThreadLC(LC_ALL, nullptr, nullptr); }},
+                                         FirstUse{"Scope", [] { VELSysCLocale::ThreadLC(LC_ALL, "C", nullptr); }},
                                          FirstUse{"SetLocale", [] { VELSysCLocale::SetLocale(LC_ALL, nullptr); }},
                                          FirstUse{"Conventions",
                                                   [] {

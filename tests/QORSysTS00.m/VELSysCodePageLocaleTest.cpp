@@ -123,8 +123,8 @@ TEST_F(AssociatedLocale, IsNoneWhileItIsLookedUp) {
     std::string inside;
     s_insideNextTableRequest = [&] { inside = Convert(codePage, Damaged) + Convert(other, Damaged); };
     EXPECT_EQ(Convert(codePage, Damaged), "?z");
-    EXPECT_EQ(inside, "???z???z");
-    EXPECT_EQ(TableRequests(), 1);
+    EXPECT_EQ(inside, "???z?z") << "only the converter itself is without";
+    EXPECT_EQ(TableRequests(), 2);
     EXPECT_EQ(Convert(other, Damaged), "?z");
 }
 

@@ -6,12 +6,14 @@
 #include "VELSysNLSCore.h"
 
 #include <cstdio>
+#include <span>
 #include <vector>
 
 namespace VEL::internal {
 
 /// The rows in the order of the file.
-using LanguageRows = std::vector<VELSysNLSEntry>;
+using LanguageTable = std::vector<VELSysNLSEntry>;
+using LanguageRows = std::span<const VELSysNLSEntry>;
 
 /// Bytes that a line of the table is read into, terminator included. A longer one counts as several.
 inline constexpr int TableLineSize = VELSysCLocale::EnvironNameSize;
@@ -22,12 +24,12 @@ extern bool s_warnOfMissingTable;
 
 /// Reads the rows of an open table.
 /// @return 1, or 0 when there is no table in the file.
-int ReadLanguageTable(std::FILE* file, LanguageRows& rows);
+int ReadLanguageTable(std::FILE* file, LanguageTable& rows);
 
 /// Finds the table by the variables that tell where it may be, the first file that opens counts, and reads it.
 /// @param rows  Left alone when it holds rows.
 /// @return 1; 0 when there is no table in the file; VEL::StatusFailure when no file opens.
-int LoadLanguageTable(LanguageRows& rows);
+int LoadLanguageTable(LanguageTable& rows);
 
 /// Keeps the table in memory while one of these objects lives; the first reads it, the last gives it back. What it
 /// holds doesn't change meanwhile.
@@ -39,12 +41,12 @@ public:
     ~LanguageTableUse();
 
     /// Empty when there is no table.
-    const LanguageRows& Rows() const;
+    LanguageRows Rows() const;
 };
 
 /// The first row of which `isWanted` holds, or null.
 template <class Wanted>
-const VELSysNLSEntry* FirstRow(const LanguageRows& rows, const Wanted& isWanted) {
+const VELSysNLSEntry* FirstRow(LanguageRows rows, const Wanted& isWanted) {
     for (const VELSysNLSEntry& row : rows) {
         if (isWanted(row)) {
             return &row;
@@ -56,6 +58,6 @@ const VELSysNLSEntry* FirstRow(const LanguageRows& rows, const Wanted& isWanted)
 /// The row that fits the environment with `LANG` as given. When nothing fits, English; when there is none either,
 /// `entry` is left alone.
 /// @return 1.
-int ValidateEnvironmentEntry(const LanguageRows& rows, const std::string& environmentLanguage, VELSysNLSEntry& entry);
+int ValidateEnvironmentEntry(LanguageRows rows, const std::string& environmentLanguage, VELSysNLSEntry& entry);
 
 } // namespace VEL::internal

@@ -4,6 +4,7 @@
 
 #include "QORResourceLock.h"
 #include "SessionState.h"
+#include "VELSysCLocale.h"
 
 #include <clocale>
 
@@ -15,6 +16,13 @@ const char* CaptureLocaleBeforeLoad();
 
 /// Whether `locale`, as `uselocale` answers it, is a thread's own.
 bool IsOwnLocale(locale_t locale);
+
+/// The environment's locale, see VELSysCLocaleEnvironGet(), by value.
+struct EnvironmentLocaleName {
+    EnvironmentLocaleName() { VELSysCLocaleEnvironGet(text); }
+
+    char text[VELSysCLocale::EnvironNameSize];
+};
 
 /// Holds the lock of the process's locale.
 class LocaleGuard {

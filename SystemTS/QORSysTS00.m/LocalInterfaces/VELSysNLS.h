@@ -2,6 +2,7 @@
 /// What the language core keeps.
 #pragma once
 
+#include "LocaleGuard.h"
 #include "QORResourceLock.h"
 #include "VELSysNLSCore.h"
 
@@ -17,11 +18,11 @@ public:
     VELSysNLS(const VELSysNLS&) = delete;
     VELSysNLS& operator=(const VELSysNLS&) = delete;
 
-    /// Whether a decision in `language` is due, and why; both reasons are never given at once. A null or empty language
-    /// is told without the lock, another one under either side of it.
+    /// Whether a decision in the language `wanted` is due, and why; both reasons are never given at once. A null or
+    /// empty language is told without the lock, another one under either side of it.
     /// @param fromEnvironment  Receives whether the environment decides.
-    /// @param fromLanguage     Receives whether `language` decides.
-    bool IsInitNLSRequired(const char* language, bool& fromEnvironment, bool& fromLanguage) const;
+    /// @param fromLanguage     Receives whether `wanted` decides.
+    bool IsInitNLSRequired(const char* wanted, bool& fromEnvironment, bool& fromLanguage) const;
 
     /// The record of what is decided. The caller holds the lock.
     VELSysNLSEnv Snapshot() const;
@@ -77,6 +78,8 @@ private:
     QORResourceLock& _lock;
 };
 
+/// Takes the lock of the process's locale first: what is done under the write side reads and changes that locale, and a
+/// scope that has it locked may ask for the language.
 class WriteGuard {
 public:
     explicit WriteGuard(QORResourceLock& lock) : _lock(lock) { _lock.WriteLock(); }
@@ -85,6 +88,7 @@ public:
     ~WriteGuard() { _lock.WriteUnlock(); }
 
 private:
+    LocaleGuard _localeGuard;
     QORResourceLock& _lock;
 };
 

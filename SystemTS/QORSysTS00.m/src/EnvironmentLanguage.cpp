@@ -22,14 +22,13 @@ namespace {
 constexpr const char* DefaultLanguage = "en_US.UTF-8";
 constexpr const char* DefaultCodeSet = "UTF-8";
 
-const VELSysNLSEntry* FirstRowContaining(const LanguageRows& rows, const std::string& text) {
-    return FirstRow(rows, [&](const VELSysNLSEntry& row) {
-        return !row.langString.empty() && row.langString.find(text) != std::string::npos;
-    });
+/// The text is never empty.
+const VELSysNLSEntry* FirstRowContaining(LanguageRows rows, const std::string& text) {
+    return FirstRow(rows, [&](const VELSysNLSEntry& row) { return row.langString.find(text) != std::string::npos; });
 }
 
 /// By `LANG` as a whole, or without its code set.
-const VELSysNLSEntry* RowOfLanguage(const LanguageRows& rows, const std::string& full) {
+const VELSysNLSEntry* RowOfLang(LanguageRows rows, const std::string& full) {
     if (full.empty()) {
         return nullptr;
     }
@@ -49,7 +48,7 @@ std::optional<std::string> EnvironmentLocale() {
 }
 
 /// By the locale that all of the environment's variables give.
-const VELSysNLSEntry* RowOfEnvironmentLocale(const LanguageRows& rows) {
+const VELSysNLSEntry* RowOfEnvironmentLocale(LanguageRows rows) {
     const std::optional<std::string> locale = EnvironmentLocale();
     NLSTrace(stdout, "[VELSysNLSCore][INFO] Environment locale: \"%s\"", locale ? locale->c_str() : "null");
     if (!locale || *locale == "C") {
@@ -65,7 +64,7 @@ const VELSysNLSEntry* RowOfEnvironmentLocale(const LanguageRows& rows) {
 }
 
 /// The first row of English, but another one, deliberately never the first itself, that has the code set is better.
-const VELSysNLSEntry* RowOfLastResort(const LanguageRows& rows, const std::string& codeSet) {
+const VELSysNLSEntry* RowOfLastResort(LanguageRows rows, const std::string& codeSet) {
     const VELSysNLSEntry* first = nullptr;
     for (const VELSysNLSEntry& row : rows) {
         if (row.language != "English") {
@@ -102,9 +101,9 @@ void VEL::internal::TakeCodeSet(const std::string& language, std::string& codeSe
     }
 }
 
-int VEL::internal::ValidateEnvironmentEntry(const LanguageRows& rows, const std::string& environmentLanguage,
+int VEL::internal::ValidateEnvironmentEntry(LanguageRows rows, const std::string& environmentLanguage,
                                             VELSysNLSEntry& entry) {
-    const VELSysNLSEntry* row = RowOfLanguage(rows, environmentLanguage);
+    const VELSysNLSEntry* row = RowOfLang(rows, environmentLanguage);
     if (row == nullptr) {
         row = RowOfEnvironmentLocale(rows);
     }

@@ -114,6 +114,7 @@ void VELSysCLocale::LConv::_ReInitDecimalPoint(lconv& from) {
     VEL::internal::NLSTrace(
         stderr, "[LConv::_ReInitDecimalPoint][WARNING] Failed to retrieve the decimal point from localeconv!\n");
     if (PoolLength - _used > 1) {
+        _FreeWideCharPointer(point);
         const wchar_t printed[] = {PrintedDecimalPoint(), L'\0'};
         point = _StoreAsWideChar(printed);
     }

@@ -11,13 +11,14 @@
 #include <fcntl.h>
 #include <memory>
 #include <new>
+#include <sys/stat.h>
 #include <unistd.h>
 
 bool VEL::internal::s_warnOfMissingTable = false;
 
 namespace {
 
-using VEL::internal::LanguageRows;
+using VEL::internal::LanguageTable;
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -37,20 +38,23 @@ constexpr Place Places[] = {
 };
 
 /// The rows while somebody uses them; guarded by the write side of the language lock.
-constinit LanguageRows* s_rows = nullptr;
+constinit LanguageTable* s_rows = nullptr;
 constinit long s_users = 0;
 
 File OpenForReading(const char* name) {
-    // Not blocking: a pipe that nobody writes to is an empty file.
     const int descriptor = open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
         return nullptr;
     }
-    std::FILE* const file = fdopen(descriptor, "r");
-    if (file == nullptr) {
-        close(descriptor);
+    struct stat64 status;
+    if (fstat64(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+        if (std::FILE* const file = fdopen(descriptor, "r")) {
+            return File(file);
+        }
     }
-    return File(file);
+    close(descriptor);
+    // Anything else is there, and is empty: a pipe may have nothing to say, and a device no end.
+    return File(std::fopen("/dev/null", "re"));
 }
 
 File OpenIn(const Place& place) {
@@ -111,7 +115,7 @@ VELSysNLSEntry RowOf(char* line) {
 
 } // namespace
 
-int VEL::internal::ReadLanguageTable(std::FILE* file, LanguageRows& rows) {
+int VEL::internal::ReadLanguageTable(std::FILE* file, LanguageTable& rows) {
     char line[TableLineSize];
     const auto readLine = [&] { return std::fgets(line, TableLineSize, file) != nullptr; };
     do {
@@ -132,7 +136,7 @@ int VEL::internal::ReadLanguageTable(std::FILE* file, LanguageRows& rows) {
     return 1;
 }
 
-int VEL::internal::LoadLanguageTable(LanguageRows& rows) {
+int VEL::internal::LoadLanguageTable(LanguageTable& rows) {
     if (!rows.empty()) {
         return 1;
     }
@@ -150,7 +154,7 @@ VEL::internal::LanguageTableUse::LanguageTableUse() {
         return;
     }
     try {
-        auto rows = std::make_unique<LanguageRows>();
+        auto rows = std::make_unique<LanguageTable>();
         LoadLanguageTable(*rows);
         s_rows = rows.release();
     } catch (const std::bad_alloc&) {
@@ -166,8 +170,7 @@ VEL::internal::LanguageTableUse::~LanguageTableUse() {
     }
 }
 
-const LanguageRows& VEL::internal::LanguageTableUse::Rows() const {
-    static const LanguageRows none;
+VEL::internal::LanguageRows VEL::internal::LanguageTableUse::Rows() const {
     // Without the lock: as long as this object lives, nobody writes it.
-    return s_rows != nullptr ? *s_rows : none;
+    return s_rows != nullptr ? LanguageRows(*s_rows) : LanguageRows();
 }

@@ -66,8 +66,7 @@ locale_t CopyOf(locale_t current) {
     if (current != LC_GLOBAL_LOCALE) {
         return duplocale(current);
     }
-    char name[VELSysCLocale::EnvironNameSize];
-    return newlocale(LC_ALL_MASK, VELSysCLocaleEnvironGet(name), nullptr);
+    return newlocale(LC_ALL_MASK, VEL::internal::EnvironmentLocaleName().text, nullptr);
 }
 
 locale_t ChangedLocale(locale_t current, int mask, const char* name) {

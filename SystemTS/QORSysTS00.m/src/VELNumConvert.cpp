@@ -221,9 +221,8 @@ int ReadInLocale(double& value, std::string_view text, const Separator& separato
 }
 
 int ReadInEnvironmentLocale(double& value, std::string_view text, const Separator& separator) {
-    char name[VELSysCLocale::NameSize];
-    VELSysCLocaleEnvironGet(name);
-    return ReadInLocale(value, text, separator, *name != '\0' ? name : PlainLocale);
+    const VEL::internal::EnvironmentLocaleName name;
+    return ReadInLocale(value, text, separator, *name.text != '\0' ? name.text : PlainLocale);
 }
 
 } // namespace

@@ -11,6 +11,9 @@ using VEL::internal::NLSTrace;
 
 namespace {
 
+/// Bytes of the name that is kept, terminator included; a longer one is cut.
+constexpr std::size_t KeptNameSize = 86;
+
 struct CapturedName {
     CapturedName() {
         if (const char* const name = setlocale(LC_ALL, nullptr)) {
@@ -18,7 +21,7 @@ struct CapturedName {
         }
     }
 
-    char text[VELSysCLocale::NameSize] = {};
+    char text[KeptNameSize] = {};
 };
 
 const char* NameOf(bool value) {

@@ -1,5 +1,6 @@
 #include "VELSysCodePage.h"
 
+#include "PrintAndFlush.h"
 #include "VELSysCLocale.h"
 #include "VELSysNLSCore.h"
 #include "VELSysStatus.h"
@@ -60,14 +61,6 @@ unsigned int TakeUTF8(const char*& src, unsigned long& left) {
     return code;
 }
 
-__attribute__((format(printf, 1, 2))) void Report(const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vfprintf(stderr, format, arguments);
-    va_end(arguments);
-    std::fflush(stderr);
-}
-
 char* NewLocaleBuffer() {
     auto* const locale = static_cast<char*>(std::malloc(LocaleSize));
     if (locale != nullptr) {
@@ -105,6 +98,33 @@ void FillLocaleFromTable(char* locale, char* codePage) {
         delete std::exchange(rows, rows->next);
     }
 }
+
+/// A look-up of a converter's locale on the calling thread. It reads the language table, which converts text, and that
+/// may be damaged and bring the thread back to the same converter.
+class Request {
+public:
+    explicit Request(const VELSysCodePage* converter) : _converter(converter), _outer(s_innermost) {
+        s_innermost = this;
+    }
+    Request(const Request&) = delete;
+    Request& operator=(const Request&) = delete;
+    ~Request() { s_innermost = _outer; }
+
+    static bool IsMadeFor(const VELSysCodePage* converter) {
+        const Request* request = s_innermost;
+        while (request != nullptr && request->_converter != converter) {
+            request = request->_outer;
+        }
+        return request != nullptr;
+    }
+
+private:
+    static constinit thread_local const Request* s_innermost;
+
+    const VELSysCodePage* _converter;
+    const Request* _outer;
+};
+constinit thread_local const Request* Request::s_innermost = nullptr;
 
 } // namespace
 
@@ -169,7 +189,8 @@ int VELSysCodePage::_InitConvDesc(const char* codePage) {
         status = VELSysIConvTSWrap::Open(codePage, UTF16Name, _fromUTF16Descriptor);
     }
     if (status != VEL::StatusOk) {
-        Report("ERROR: SUPPLANG_R9 does not contain a valid code set for code page: %s.\n", codePage);
+        VEL::internal::PrintAndFlush(
+            stderr, "ERROR: SUPPLANG_R9 does not contain a valid code set for code page: %s.\n", codePage);
     }
     return status;
 }
@@ -210,18 +231,17 @@ const char* VELSysCodePage::_GetAssociatedCLocale() const {
     if (char* const known = _locale.load(std::memory_order_acquire)) {
         return known;
     }
-    // Reading the language table converts text, which may be damaged and bring the thread back here.
-    static thread_local bool isAsking = false;
-    if (_name == nullptr || isAsking) {
+    if (_name == nullptr || Request::IsMadeFor(this)) {
         return nullptr;
     }
     char* const locale = NewLocaleBuffer();
     if (locale == nullptr) {
         return nullptr;
     }
-    isAsking = true;
-    FillLocaleFromTable(locale, _name);
-    isAsking = false;
+    {
+        const Request request(this);
+        FillLocaleFromTable(locale, _name);
+    }
     char* published = nullptr;
     if (!_locale.compare_exchange_strong(published, locale, std::memory_order_acq_rel, std::memory_order_acquire)) {
         std::free(locale);
@@ -256,8 +276,12 @@ int VELSysCodePage::ConvertMBCSToUTF16(const char*& src, unsigned long& length, 
     if (src == nullptr) {
         return -1;
     }
-    // In pieces that a 32-bit length can tell; the caller comes back for the rest.
+    // In pieces that a 32-bit length can tell; the caller comes back for the rest. A piece ends where its room does, so
+    // that it cuts no character.
     const int offered = static_cast<int>(std::min<unsigned long>(length, INT_MAX));
+    if (length > INT_MAX) {
+        room = std::min<unsigned long>(room, INT_MAX / MB_LEN_MAX);
+    }
     int left = offered;
     int count = static_cast<int>(std::min<unsigned long>(room, INT_MAX));
     const int result = (this->*_toUTF16)(src, left, dst, count);
@@ -301,11 +325,13 @@ int VELSysCodePage::CanConvertMBCSToUTF16(const char* src, unsigned long length)
         unsigned short units[MaxUnitsOfACharacter];
         const int count = GetNextMultiByteCharAsUTF16(units, src, length);
         if (count > MaxUnitsOfACharacter) {
-            Report("ERROR: VELSysCodePage::CanConvertMBCSToUTF16 - an overflow has occurred!\n");
+            VEL::internal::PrintAndFlush(stderr,
+                                         "ERROR: VELSysCodePage::CanConvertMBCSToUTF16 - an overflow has occurred!\n");
             return -1;
         }
         if (src == start) {
-            Report("ERROR: VELSysCodePage::GetNextMultiByteCharAsUTF16 is probably bugged!\n");
+            VEL::internal::PrintAndFlush(stderr,
+                                         "ERROR: VELSysCodePage::GetNextMultiByteCharAsUTF16 is probably bugged!\n");
             return -1;
         }
         char bytes[MaxBytesOfACharacter + 1];

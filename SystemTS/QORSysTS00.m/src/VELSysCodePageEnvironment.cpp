@@ -7,6 +7,9 @@
 #include "VELSysStatus.h"
 #include "VELSysTSDataQueue.h"
 
+#include <atomic>
+#include <cstddef>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -55,6 +58,20 @@ void Retire(const VELSysCodePage* converter) {
     if (s_queueIsGone || Queue().PushLast(const_cast<EnvironmentCodePage*>(replaced), -1) != 0) {
         replaced->next = std::exchange(s_unqueued, replaced);
     }
+}
+
+/// Keeps a converter for requests from within a decision, unless one of the same code page is there, and answers that.
+const VELSysCodePage& KeepForDecision(std::unique_ptr<const VELSysCodePage> made) {
+    // One decision is made at a time.
+    static constinit const VELSysCodePage* s_kept = nullptr;
+    if (s_kept == nullptr || s_kept->GetName() == nullptr || made->GetName() == nullptr ||
+        std::strcmp(s_kept->GetName(), made->GetName()) != 0) {
+        if (s_kept != nullptr) {
+            Retire(s_kept);
+        }
+        s_kept = made.release();
+    }
+    return *s_kept;
 }
 
 /// Null when there is no memory.
@@ -114,8 +131,7 @@ const VELSysCodePage& VELSysCodePage::GetEnvConverter() {
     }
     if (!follows && IsDeciding()) {
         // The record is half settled, and nothing would replace the converter when it is whole.
-        Retire(made.get());
-        return *made.release();
+        return KeepForDecision(std::move(made));
     }
     const VELSysCodePage* published = nullptr;
     if (!_sCPConverter.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel,
@@ -123,12 +139,7 @@ const VELSysCodePage& VELSysCodePage::GetEnvConverter() {
         return *published;
     }
     static_cast<void>(made.release());
-    // Told again when a change of language came in between, whose word this would overwrite.
-    do {
-        published = _sCPConverter.load(std::memory_order_acquire);
-        VEL::internal::TellDebuggerOfCodePage(published->IsUTF8());
-    } while (published != _sCPConverter.load(std::memory_order_acquire));
-    return *published;
+    return _TellDebugger();
 }
 
 void VELSysCodePage::OnChangeNLSCore(const VELSysNLSEnv& env) {
@@ -137,7 +148,20 @@ void VELSysCodePage::OnChangeNLSCore(const VELSysNLSEnv& env) {
         return;
     }
     VEL::internal::TellDebuggerOfCodePage(made->IsUTF8());
-    if (const VELSysCodePage* replaced = _sCPConverter.exchange(made.release(), std::memory_order_acq_rel)) {
+    const VELSysCodePage* const replaced = _sCPConverter.exchange(made.release(), std::memory_order_acq_rel);
+    if (replaced != nullptr) {
         Retire(replaced);
+        // The maker of the first converter may have had its word in between.
+        _TellDebugger();
     }
+}
+
+/// Tells of the converter in force, again when that was replaced meanwhile. @return That converter.
+const VELSysCodePage& VELSysCodePage::_TellDebugger() {
+    const VELSysCodePage* told = nullptr;
+    do {
+        told = _sCPConverter.load(std::memory_order_acquire);
+        VEL::internal::TellDebuggerOfCodePage(told->IsUTF8());
+    } while (told != _sCPConverter.load(std::memory_order_acquire));
+    return *told;
 }

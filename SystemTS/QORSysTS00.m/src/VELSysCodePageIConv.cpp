@@ -1,13 +1,17 @@
 // The `iconv` way of the code pages.
 
+#include "PrintAndFlush.h"
 #include "VELSysCLocale.h"
 #include "VELSysCodePage.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstddef>
 #include <cstdio>
 #include <cwchar>
+
+using VEL::internal::PrintAndFlush;
 
 namespace {
 
@@ -70,20 +74,19 @@ bool TellError(int error, const Conversion& text, bool hasRoomGiven) {
         if (hasRoomGiven) {
             return false;
         }
-        std::fprintf(stderr, "iconv E2BIG error: buffer overflow. InBytesLeft: %llu\n",
-                     static_cast<unsigned long long>(text.InLeft()));
+        PrintAndFlush(stderr, "iconv E2BIG error: buffer overflow. InBytesLeft: %llu\n",
+                      static_cast<unsigned long long>(text.InLeft()));
         break;
     case EINVAL:
         if (text.OutLeft() == 0) {
             return false;
         }
-        std::fputs("iconv EINVAL error: input buffer was truncated.\n", stderr);
+        PrintAndFlush(stderr, "iconv EINVAL error: input buffer was truncated.\n");
         break;
     default:
-        std::fprintf(stderr, "iconv errno is: %d\n", error);
+        PrintAndFlush(stderr, "iconv errno is: %d\n", error);
         break;
     }
-    std::fflush(stderr);
     return true;
 }
 
@@ -98,11 +101,10 @@ std::size_t LengthInLocale(const char* locale, const char* text, std::size_t len
     return bytes == IsDamaged || bytes == IsCut ? 1 : std::max<std::size_t>(bytes, 1);
 }
 
-/// Puts a question mark in the place of the character that stopped the conversion. @return Whether it may go on.
+/// Puts a question mark in the place of the character that stopped the conversion, which the caller has room for.
+/// @return Whether it may go on.
 bool PassOver(Conversion& text, const char* locale, std::mbstate_t& state) {
-    if (text.OutLeft() < UnitSize) {
-        return false;
-    }
+    // Beyond the rest only where the C library doesn't keep to it.
     const std::size_t length = locale != nullptr ? LengthInLocale(locale, text.In(), text.InLeft(), state) : 1;
     if (length > text.InLeft()) {
         text.Skip(text.InLeft());
@@ -127,7 +129,8 @@ int VELSysCodePage::_CPtoUC2(const char*& src, int& srcLength, unsigned short* d
     // One state for all that a conversion passes over, and none beyond it, so that threads don't meet in it.
     std::mbstate_t state{};
     while (text.InLeft() > 0 && text.Run() == Failed && text.InLeft() > 0) {
-        if (!TellError(errno, text, hasRoomGiven) || !PassOver(text, _GetAssociatedCLocale(), state)) {
+        if (!TellError(errno, text, hasRoomGiven) || text.OutLeft() < UnitSize ||
+            !PassOver(text, _GetAssociatedCLocale(), state)) {
             break;
         }
     }
@@ -143,7 +146,8 @@ int VELSysCodePage::_UC2toCP(const unsigned short* src, int length, char* dst, i
         return _UC2toCPByIdentity(src, length, dst, written);
     }
     const auto units = static_cast<std::size_t>(length);
-    Conversion text(descriptor, src, units * UnitSize, dst, units * BytesPerUnit);
+    // No more than the answer can tell.
+    Conversion text(descriptor, src, units * UnitSize, dst, std::min<std::size_t>(units * BytesPerUnit, INT_MAX));
     while (text.InLeft() > 0) {
         const std::size_t result = text.Run();
         if (result == 0) {

@@ -1,6 +1,7 @@
 #include "VELSysIConvTSWrap.h"
 
 #include "DuplicateText.h"
+#include "PrintAndFlush.h"
 #include "TestHarness.h"
 #include "VELSysStatus.h"
 #include "VELSysTSDataQueue.h"
@@ -89,9 +90,8 @@ __attribute__((format(printf, 2, 3))) void TellHarness(std::FILE* stream, const 
     }
     std::va_list arguments;
     va_start(arguments, format);
-    std::vfprintf(stream, format, arguments);
+    VEL::internal::PrintAndFlush(stream, format, arguments);
     va_end(arguments);
-    std::fflush(stream);
 }
 
 /// Looks a conversion up in either direction.

@@ -28,7 +28,7 @@ namespace {
 
 /// What InitNLSCore() answers.
 enum InitResult : int {
-    NoRowFits = 0,
+    NoTable = 0,
     DecisionStands = 1,
     DecisionIsBeingMade = 2,
     DecisionStandsAfterAll = 3,
@@ -80,7 +80,16 @@ void Settle(const VELSysNLS& nls) {
     }
 }
 
-const VELSysNLSEntry* RowOfLanguage(const LanguageRows& rows, const char* language) {
+/// IsRequired() without a lock where that can be; otherwise what others decide now is waited for.
+bool IsRequiredNow(VELSysNLS& nls, const char* language) {
+    if (language == nullptr || *language == '\0') {
+        return IsRequired(nls, language);
+    }
+    const ReadGuard guard(nls.lock);
+    return IsRequired(nls, language);
+}
+
+const VELSysNLSEntry* RowOfLanguage(LanguageRows rows, const char* language) {
     return FirstRow(rows, [language](const VELSysNLSEntry& row) { return row.language == language; });
 }
 
@@ -93,7 +102,7 @@ void TakeEnvironment(VELSysNLS& nls) {
 }
 
 /// The row of `language`, otherwise the environment's; what stands when the table has neither that nor English.
-VELSysNLSEntry ChooseEntry(const VELSysNLS& nls, const LanguageRows& rows, const char* language, bool fromLanguage) {
+VELSysNLSEntry ChooseEntry(const VELSysNLS& nls, LanguageRows rows, const char* language, bool fromLanguage) {
     if (fromLanguage) {
         if (const VELSysNLSEntry* const row = RowOfLanguage(rows, language)) {
             return *row;
@@ -119,7 +128,7 @@ void TakeEntry(VELSysNLS& nls, VELSysNLSEntry entry) {
     VEL::internal::AdoptLocale(nls, accepted != nullptr ? name.c_str() : nullptr);
 }
 
-void TakeLanguages(VELSysNLS& nls, const LanguageRows& rows) {
+void TakeLanguages(VELSysNLS& nls, LanguageRows rows) {
     nls.languages.clear();
     for (const VELSysNLSEntry& row : rows) {
         nls.languages.insert(row.language);
@@ -135,7 +144,7 @@ void CallHooks(const VELSysNLS& nls) {
 }
 
 /// The decision, with the write side of the lock held. Without a table nothing is decided, so that it stays due.
-/// @return Whether a row was taken.
+/// @return Whether there is a table.
 bool Decide(VELSysNLS& nls, const char* language, bool fromLanguage) {
     TakeEnvironment(nls);
     const LanguageTableUse table;
@@ -170,6 +179,14 @@ bool Matches(const VELSysNLSEntry& row, const VELSysNLSEntry& pattern) {
            (pattern.codePage.empty() || pattern.codePage == row.codePage);
 }
 
+/// `strncpy`, also onto the text itself.
+char* CopyWithZeros(char* out, const char* text, std::size_t size) {
+    const std::size_t length = strnlen(text, size);
+    std::memmove(out, text, length);
+    std::memset(out + length, 0, size - length);
+    return out;
+}
+
 /// A list of rows that nobody has taken yet.
 class NodeList {
 public:
@@ -195,7 +212,7 @@ private:
 
 /// Counts the rows of which `isWanted` holds, and hands out as many as `count` has asked for.
 template <class Wanted>
-void FindRows(const LanguageRows& rows, const Wanted& isWanted, int room, int& count, VELSysNLSNode** list) {
+void FindRows(LanguageRows rows, const Wanted& isWanted, int room, int& count, VELSysNLSNode** list) {
     NodeList found;
     for (const VELSysNLSEntry& row : rows) {
         if (!isWanted(row)) {
@@ -235,11 +252,8 @@ std::unique_ptr<char[]> VEL::internal::PreferredLanguage() {
 
 int InitNLSCore(const char* language, bool force) {
     VELSysNLS& nls = VELSysNLS::Instance();
-    if (!force) {
-        const ReadGuard guard(nls.lock);
-        if (!IsRequired(nls, language)) {
-            return DecisionStands;
-        }
+    if (!force && !IsRequiredNow(nls, language)) {
+        return DecisionStands;
     }
     const WriteGuard guard(nls.lock);
     const Entry entry;
@@ -261,7 +275,7 @@ int InitNLSCore(const char* language, bool force) {
         // It stays due.
     }
     Settle(nls);
-    return isMade ? DecisionIsMade : NoRowFits;
+    return isMade ? DecisionIsMade : NoTable;
 }
 
 int DeInitNLSCore(int) {
@@ -307,8 +321,11 @@ std::string GetCodePageByLanguage(const char* language, int* status) {
     int unused = 0;
     int& result = status != nullptr ? *status : unused;
     result = VEL::StatusFailure;
+    if (language == nullptr) {
+        return {};
+    }
     const LanguageTableUse table;
-    const VELSysNLSEntry* const row = language != nullptr ? RowOfLanguage(table.Rows(), language) : nullptr;
+    const VELSysNLSEntry* const row = RowOfLanguage(table.Rows(), language);
     if (row == nullptr) {
         return {};
     }
@@ -352,19 +369,33 @@ long VELGetMultiByteCharMaxSize() {
 char* VELSysCLocale::GetLocaleStringFromLangString(const char* langString, char* out, unsigned int size) {
     return Query([=](const VELSysNLS& nls) {
         const char* const name = VEL::internal::TranslateLangString(langString, nls.environmentLanguage);
-        return out != nullptr ? std::strncpy(out, name, size) : nullptr;
+        return out != nullptr ? CopyWithZeros(out, name, size) : nullptr;
     });
 }
 
 int VELGetANSICodePageByLanguage(const char* language, char* out) {
+    // clang-format off
     constexpr std::pair<const char*, const char*> codePages[] = {
-        {"English", "ISO-8859-1"},        {"French", "ISO-8859-1"},  {"German", "ISO-8859-1"},
-        {"Dutch", "ISO-8859-1"},          {"Danish", "ISO-8859-1"},  {"Spanish", "ISO-8859-1"},
-        {"Italian", "ISO-8859-1"},        {"Swedish", "ISO-8859-1"}, {"Portuguese", "ISO-8859-1"},
-        {"Finnish", "ISO-8859-1"},        {"Korean", "EUC-KR"},      {"Icelandic", "ISO-8859-1"},
-        {"Japanese", "IBM-932"},          {"Czech", "ISO-8859-2"},   {"Polish", "ISO-8859-2"},
-        {"Simplified_Chinese", "EUC-CN"}, {"Russian", "ISO-8859-5"}, {"Traditional_Chinese", "CN-BIG5"},
+        {"English", "ISO-8859-1"},
+        {"French", "ISO-8859-1"},
+        {"German", "ISO-8859-1"},
+        {"Dutch", "ISO-8859-1"},
+        {"Danish", "ISO-8859-1"},
+        {"Spanish", "ISO-8859-1"},
+        {"Italian", "ISO-8859-1"},
+        {"Portuguese", "ISO-8859-1"},
+        {"Swedish", "ISO-8859-1"},
+        {"Finnish", "ISO-8859-1"},
+        {"Icelandic", "ISO-8859-1"},
+        {"Japanese", "IBM-932"},
+        {"Simplified_Chinese", "EUC-CN"},
+        {"Korean", "EUC-KR"},
+        {"Czech", "ISO-8859-2"},
+        {"Polish", "ISO-8859-2"},
+        {"Russian", "ISO-8859-5"},
+        {"Traditional_Chinese", "CN-BIG5"},
     };
+    // clang-format on
     constexpr std::size_t size = 85;
     if (language == nullptr) {
         return VEL::StatusBadArgument;
