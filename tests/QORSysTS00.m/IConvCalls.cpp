@@ -48,8 +48,10 @@ Calls<Line> s_opens;
 Calls<iconv_t> s_opened;
 Calls<iconv_t> s_closed;
 Calls<Line> s_companion;
+Calls<const void*> s_entries;
 Line s_refused{};
 std::function<void()> s_insideNextOpen;
+std::function<void()> s_insideNextClose;
 
 template <class... Arguments>
 Line LineOf(const char* format, Arguments... arguments) {
@@ -81,12 +83,20 @@ std::vector<std::string> IConvCalls::Companion() {
     return s_companion.All<std::string>();
 }
 
+std::vector<const void*> IConvCalls::Entries() {
+    return s_entries.All<const void*>();
+}
+
 void IConvCalls::Refuse(const std::string& from, const std::string& to) {
     s_refused = LineOf("%s > %s", from.c_str(), to.c_str());
 }
 
 void IConvCalls::InsideNextOpen(std::function<void()> action) {
     s_insideNextOpen = std::move(action);
+}
+
+void IConvCalls::InsideNextClose(std::function<void()> action) {
+    s_insideNextClose = std::move(action);
 }
 
 extern "C" {
@@ -107,6 +117,9 @@ iconv_t __wrap_iconv_open(const char* to, const char* from) {
 
 int __real_iconv_close(iconv_t descriptor);
 int __wrap_iconv_close(iconv_t descriptor) {
+    if (s_insideNextClose) {
+        std::exchange(s_insideNextClose, nullptr)();
+    }
     s_closed.Add(descriptor);
     return __real_iconv_close(descriptor);
 }
@@ -119,6 +132,7 @@ VELSysTSDataQueue* __wrap__ZN17VELSysTSDataQueue16CreateEmptyQueueEii(int maximu
 int __real__ZN17VELSysTSDataQueue9PushFirstEPvi(VELSysTSDataQueue* self, void* entry, int milliseconds);
 int __wrap__ZN17VELSysTSDataQueue9PushFirstEPvi(VELSysTSDataQueue* self, void* entry, int milliseconds) {
     s_companion.Add(LineOf("PushFirst %d", milliseconds));
+    s_entries.Add(entry);
     return __real__ZN17VELSysTSDataQueue9PushFirstEPvi(self, entry, milliseconds);
 }
 

@@ -18,10 +18,15 @@ std::vector<iconv_t> Closed();
 /// The calls that make, fill, empty and delete mutex and queue, in order.
 std::vector<std::string> Companion();
 
+/// The entries that were put on the queue, in order; they stay the registry's.
+std::vector<const void*> Entries();
+
 /// Makes `iconv_open` fail for one direction.
 void Refuse(const std::string& from, const std::string& to);
 /// Runs `action` inside the next call of `iconv_open`, before it opens anything.
 void InsideNextOpen(std::function<void()> action);
+/// Runs `action` inside the next call of `iconv_close`, before it closes anything.
+void InsideNextClose(std::function<void()> action);
 
 inline const iconv_t None = reinterpret_cast<iconv_t>(-1);
 

@@ -16,9 +16,4 @@ qor_wrap(QORSysSessionTest ${session_calls})
 qor_add_test(VELSysHashMapStringTest SOURCES VELSysHashMapStringTest.cpp LINK QORSysTS_static ONE_THREAD)
 qor_wrap(VELSysHashMapStringTest _ZnwmRKSt9nothrow_t _ZdlPv _ZdlPvm malloc)
 
-qor_add_test(VELSysCodePageTest SOURCES VELSysCodePageTest.cpp LINK QORSysTS_static)
-qor_wrap(VELSysCodePageTest _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE
-         _Z26VELGetMultiByteCharMaxSizev
-  _ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj)
-
 qor_add_test(SessionThreadsTest SOURCES SessionThreadsTest.cpp LINK QORSysTS_static)

@@ -1,6 +1,7 @@
 /// @file
 /// VELSysCodePage one character at a time, and the questions whether a text survives a conversion.
 
+#include "Child.h"
 #include "GuardedMemory.h"
 #include "VELSysCodePage.h"
 
@@ -340,6 +341,21 @@ TEST(CanConvertMBCSToUTF16, SaysWhenAConverterDoesNotGetOn) {
     EXPECT_EQ(CanConvert(codePage, "xyz"), -1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "ERROR: VELSysCodePage::GetNextMultiByteCharAsUTF16 is probably bugged!\n");
+}
+
+CHILD_PROGRAM(MeetsTooMuch) {
+    EndWithoutFlush(
+        [] { CanConvert(ScriptedCodePage([](const char*&, int&, unsigned short*, int&) { return 3; }), "x"); });
+}
+
+CHILD_PROGRAM(DoesNotGetOn) {
+    EndWithoutFlush([] { CanConvert(ScriptedCodePage(Gives(2, {})), "xyz"); });
+}
+
+TEST(CanConvertMBCSToUTF16, FlushesWhatItSays) {
+    EXPECT_EQ(RunChild("MeetsTooMuch").err,
+              "ERROR: VELSysCodePage::CanConvertMBCSToUTF16 - an overflow has occurred!\n");
+    EXPECT_EQ(RunChild("DoesNotGetOn").err, "ERROR: VELSysCodePage::GetNextMultiByteCharAsUTF16 is probably bugged!\n");
 }
 
 TEST(CanConvertMBCSToUTF16, RefusesAByteThatGivesNothing) {

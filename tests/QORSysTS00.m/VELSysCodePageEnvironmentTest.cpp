@@ -10,9 +10,11 @@
 
 #include <csignal>
 #include <cstdio>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace LanguageCalls;
@@ -33,6 +35,15 @@ std::vector<std::string>& Destroyed() {
     return destroyed;
 }
 bool s_tellsDestruction = false;
+
+/// What the debugger was told, with the converter in force at that time; only once there is one.
+std::vector<std::string>& Told() {
+    static auto& told = *new std::vector<std::string>;
+    return told;
+}
+bool s_recordsTold = false;
+/// Runs inside the next word to the debugger.
+std::function<void()> s_insideNextWord;
 
 /// A request from inside the decision, whose record is "ISO-8859-1" so far; then the decision is for `codePage`.
 const VELSysCodePage* RequestedFromWithin(const std::string& codePage) {
@@ -66,6 +77,17 @@ extern "C" int __wrap__ZN17VELSysTSDataQueue8PushLastEPvi(VELSysTSDataQueue* sel
     return __real__ZN17VELSysTSDataQueue8PushLastEPvi(self, entry, milliseconds);
 }
 
+extern "C" void __real__ZN3VEL8internal22TellDebuggerOfCodePageEb(bool isUTF8);
+extern "C" void __wrap__ZN3VEL8internal22TellDebuggerOfCodePageEb(bool isUTF8) {
+    if (s_insideNextWord) {
+        std::exchange(s_insideNextWord, nullptr)();
+    }
+    if (s_recordsTold) {
+        Told().push_back((isUTF8 ? "UTF-8 in " : "other in ") + std::string(Converter()->GetName()));
+    }
+    __real__ZN3VEL8internal22TellDebuggerOfCodePageEb(isUTF8);
+}
+
 TEST(EnvironmentConverter, RegistersAheadOfAskingForTheRecord) {
     s_codePage = "EUC-JP";
     s_langString = "ja";
@@ -76,6 +98,45 @@ TEST(EnvironmentConverter, RegistersAheadOfAskingForTheRecord) {
     EXPECT_THAT(Calls(), ElementsAre("RegisterNLSChangeHook", "GetEnvNLSData", "GetLocaleStringFromLangString ja 85"));
     EXPECT_EQ(Converter(), converter);
     EXPECT_EQ(Calls().size(), 3u) << "nobody is asked again";
+}
+
+TEST(DebuggersWord, IsToldByTheMakerOfTheFirstConverter) {
+    s_codePage = "EUC-JP";
+    s_recordsTold = true;
+    *s_pQUSFlagsForDebugger = 0xFFFF0007;
+    Converter();
+    EXPECT_EQ(*s_pQUSFlagsForDebugger, 0xFFFF0004u);
+    EXPECT_THAT(Told(), ElementsAre("other in EUC-JP"));
+    Converter();
+    EXPECT_EQ(Told().size(), 1u);
+}
+
+TEST(DebuggersWord, IsToldAheadOfAChangeAndAfterIt) {
+    Change("EUC-JP");
+    s_recordsTold = true;
+    *s_pQUSFlagsForDebugger = 0xFFFF0006;
+    Change("UTF-8");
+    EXPECT_THAT(Told(), ElementsAre("UTF-8 in EUC-JP", "UTF-8 in UTF-8"));
+    EXPECT_EQ(*s_pQUSFlagsForDebugger, 0xFFFF0005u) << "the other bits stay";
+}
+
+TEST(DebuggersWord, IsNotTakenByAMakerThatCameTooLate) {
+    s_insideNextRequest = [] {
+        Change("EUC-KR");
+        s_recordsTold = true;
+        s_codePage = "UTF-8";
+    };
+    EXPECT_STREQ(Converter()->GetName(), "EUC-KR");
+    EXPECT_THAT(Told(), testing::IsEmpty());
+}
+
+TEST(DebuggersWord, IsToldAgainWhenTheConverterWasReplacedMeanwhile) {
+    s_codePage = "EUC-JP";
+    s_insideNextWord = [] { Change("UTF-8"); };
+    s_recordsTold = true;
+    EXPECT_STREQ(Converter()->GetName(), "UTF-8");
+    EXPECT_THAT(Told(), ElementsAre("UTF-8 in EUC-JP", "UTF-8 in UTF-8", "other in UTF-8", "UTF-8 in UTF-8"));
+    EXPECT_EQ(*s_pQUSFlagsForDebugger & 1, 1u);
 }
 
 TEST(EnvironmentConverter, IsThatOfAChangeThatCameInBetween) {
@@ -119,6 +180,23 @@ TEST(RefusedHook, LeavesTheSettledRecordInForceWhenNobodyAskedFromOutside) {
     s_refusal = VEL::StatusFailure;
     EXPECT_STREQ(RequestedFromWithin("EUC-JP")->GetName(), "ISO-8859-1");
     EXPECT_STREQ(Converter()->GetName(), "EUC-JP");
+}
+
+TEST(RefusedHook, KeepsOneConverterForManyRequestsFromWithin) {
+    s_refusal = VEL::StatusFailure;
+    s_initResult = 2;
+    s_codePage = "EUC-JP";
+    const VELSysCodePage* const first = Converter();
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(Converter(), first);
+    }
+    EXPECT_EQ(Destroyed(), std::vector<std::string>(5, "EUC-JP")) << "all that were made in vain";
+    s_codePage = "EUC-KR";
+    const VELSysCodePage* const second = Converter();
+    EXPECT_STREQ(second->GetName(), "EUC-KR") << "the record changed";
+    EXPECT_EQ(Converter(), second);
+    EXPECT_EQ(Destroyed().size(), 6u);
+    EXPECT_STREQ(first->GetName(), "EUC-JP") << "it stays usable";
 }
 
 CHILD_PROGRAM(HasNoCodePage) {

@@ -79,6 +79,19 @@ TEST_F(AssociatedLocale, IsThatOfTheFirstRowWithTheCodePage) {
     EXPECT_EQ(TableRequests(), 1) << "once for all";
 }
 
+TEST_F(AssociatedLocale, IsNotAskedForWhereTheMarkHasNoRoom) {
+    const VELSysCodePage codePage("EUC-JP");
+    const char text[] = "a\xFFz";
+    const char* src = text;
+    unsigned long left = 3;
+    unsigned short unit = 0;
+    EXPECT_EQ(codePage.ConvertMBCSToUTF16(src, left, &unit, 1ul), 1);
+    EXPECT_EQ(left, 2u);
+    EXPECT_EQ(unit, 'a');
+    EXPECT_EQ(TableRequests(), 0);
+    EXPECT_EQ(LocaleOf(codePage), nullptr);
+}
+
 TEST_F(AssociatedLocale, IsNeutralWithoutARow) {
     s_table.pop_back();
     s_table.pop_back();

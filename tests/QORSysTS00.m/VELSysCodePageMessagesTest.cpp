@@ -5,22 +5,25 @@
 #include "CLibraryConversion.h"
 #include "CodePageOracle.h"
 #include "LanguageCalls.h"
+#include "TestLocales.h"
 #include "VELSysCodePage.h"
 #include "VELSysIConvTSWrap.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
+#include <climits>
 #include <cwchar>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <langinfo.h>
 #include <string>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace CLibraryConversion {
 
 std::function<std::size_t(iconv_t, char**, std::size_t*, char**, std::size_t*)> s_iconv;
-std::function<std::size_t(const char*, std::size_t, bool)> s_length;
+std::function<std::size_t(const char*, std::size_t, std::mbstate_t&)> s_length;
 int s_resets = 0;
 
 } // namespace CLibraryConversion
@@ -43,8 +46,7 @@ extern "C" std::size_t __wrap_iconv(iconv_t descriptor, char** in, std::size_t* 
 
 extern "C" std::size_t __real_mbrtowc(wchar_t* out, const char* text, std::size_t length, std::mbstate_t* state);
 extern "C" std::size_t __wrap_mbrtowc(wchar_t* out, const char* text, std::size_t length, std::mbstate_t* state) {
-    return s_length && out == nullptr ? s_length(text, length, std::mbsinit(state) != 0)
-                                      : __real_mbrtowc(out, text, length, state);
+    return s_length && out == nullptr ? s_length(text, length, *state) : __real_mbrtowc(out, text, length, state);
 }
 
 namespace {
@@ -183,27 +185,15 @@ TEST(ConversionMessage, IsNotGivenWhenNothingIsLeft) {
     EXPECT_EQ(ConvertAll(EUCJP(), "ab").count, 0);
 }
 
-namespace {
-
-/// Standard error holds back what isn't flushed, and the end of the process doesn't flush it.
-int EndWithoutFlush(const std::function<void()>& action) {
-    static char buffer[4096];
-    std::setvbuf(stderr, buffer, _IOFBF, sizeof buffer);
-    action();
-    _exit(0);
-}
-
-} // namespace
-
 CHILD_PROGRAM(MeetsACutCharacter) {
-    return EndWithoutFlush([] {
+    EndWithoutFlush([] {
         unsigned short units[4];
         EUCJP().ConvertMBCSToUTF16("\xA4", 1, units, nullptr);
     });
 }
 
 CHILD_PROGRAM(MeetsAnOverflow) {
-    return EndWithoutFlush([] {
+    EndWithoutFlush([] {
         s_iconv = Fails(E2BIG);
         unsigned short units[4];
         const char* src = "a";
@@ -213,7 +203,7 @@ CHILD_PROGRAM(MeetsAnOverflow) {
 }
 
 CHILD_PROGRAM(MeetsAnotherError) {
-    return EndWithoutFlush([] {
+    EndWithoutFlush([] {
         s_iconv = Fails(EBADF);
         unsigned short units[4];
         EUCJP().ConvertMBCSToUTF16("a", 1, units, nullptr);
@@ -221,7 +211,7 @@ CHILD_PROGRAM(MeetsAnotherError) {
 }
 
 CHILD_PROGRAM(AsksForACodePageAfterTheEnd) {
-    return EndWithoutFlush([] {
+    EndWithoutFlush([] {
         VELSysIConvTSWrap::sDeinitIConvTS(0);
         const VELSysCodePage codePage("EUC-JP", 3, "ja");
         const bool isIdentity = !codePage.IsValid() && std::string(codePage.GetName()) == "Identity";
@@ -319,6 +309,52 @@ TEST(Conversion, FromUTF16MarksEachUnitThatFails) {
     EXPECT_STREQ(bytes, "???");
 }
 
+TEST(Conversion, FromUTF16StopsAfterAFailureThatLeftNothing) {
+    int runs = 0;
+    s_iconv = [&](iconv_t, char** src, std::size_t* srcLeft, char**, std::size_t*) {
+        ++runs;
+        *src += *srcLeft;
+        *srcLeft = 0;
+        errno = EILSEQ;
+        return Failed;
+    };
+    const unsigned short units[] = {'a', 'b'};
+    char bytes[9] = "########";
+    int written = -1;
+    EXPECT_EQ(EUCJP().ConvertUTF16ToMBCS(units, 2, bytes, &written), 0);
+    EXPECT_EQ(written, 0);
+    EXPECT_EQ(std::string(bytes, 8), std::string("\0#######", 8)) << "no mark";
+    EXPECT_EQ(runs, 1);
+}
+
+// 4 bytes a unit are more than the answer can tell.
+TEST(Conversion, FromUTF16GivesNoMoreThanTheAnswerCanTell) {
+    constexpr int units = 600'000'000;
+    constexpr std::size_t size = std::size_t{4} * units + 1;
+    void* const memory =
+        mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    auto* const dst = static_cast<char*>(memory);
+    dst[INT_MAX] = '#';
+    const VELSysCodePage codePage("UTF-32LE");
+    s_iconv = [](iconv_t, char** src, std::size_t* srcLeft, char** out, std::size_t* outLeft) {
+        const std::size_t taken = std::min(*srcLeft / 2, *outLeft / 4);
+        *src += 2 * taken;
+        *srcLeft -= 2 * taken;
+        *out += 4 * taken;
+        *outLeft -= 4 * taken;
+        errno = E2BIG;
+        return *srcLeft == 0 ? 0 : Failed;
+    };
+    int written = -1;
+    // Nobody reads the units.
+    const int count = codePage.ConvertUTF16ToMBCS(static_cast<unsigned short*>(memory), units, dst, &written);
+    EXPECT_EQ(written, count);
+    EXPECT_EQ(count, INT_MAX);
+    EXPECT_EQ(dst[INT_MAX], '\0');
+    munmap(memory, size);
+}
+
 TEST(Conversion, FromUTF16StopsWhenTheRoomIsUsedUp) {
     s_iconv = [](iconv_t, char**, std::size_t*, char** dst, std::size_t* dstLeft) {
         std::fill_n(*dst, *dstLeft, 'x');
@@ -340,7 +376,7 @@ protected:
 
 TEST_F(DamagedCharacter, IsAsLongAsItsLocaleSays) {
     std::vector<std::size_t> lengths;
-    s_length = [&](const char*, std::size_t length, bool) {
+    s_length = [&](const char*, std::size_t length, std::mbstate_t&) {
         lengths.push_back(length);
         return 2ul;
     };
@@ -350,34 +386,42 @@ TEST_F(DamagedCharacter, IsAsLongAsItsLocaleSays) {
 
 TEST_F(DamagedCharacter, HasOneByteWhereTheLocaleSeesNone) {
     for (const std::size_t answer : {static_cast<std::size_t>(-1), static_cast<std::size_t>(-2), std::size_t{0}}) {
-        s_length = [&](const char*, std::size_t, bool) { return answer; };
+        s_length = [&](const char*, std::size_t, std::mbstate_t&) { return answer; };
         EXPECT_THAT(ConvertAll(codePage, "\xFF\xFFz").units, ElementsAre('?', '?', 'z'));
     }
 }
 
 TEST_F(DamagedCharacter, EndsTheTextWhenItIsLonger) {
-    s_length = [&](const char*, std::size_t length, bool) { return length + 1; };
+    s_length = [&](const char*, std::size_t length, std::mbstate_t&) { return length + 1; };
     const Converted converted = Convert(codePage, "a\xFF\xFFz", 9);
     EXPECT_THAT(converted.units, ElementsAre('a'));
     EXPECT_TRUE(converted.isAtEnd);
 }
 
-TEST_F(DamagedCharacter, IsSeenInAStateThatBeginsWithTheConversion) {
+TEST_F(DamagedCharacter, IsSeenInAStateThatLastsForTheConversion) {
+    setenv("LOCPATH", QOR_TEST_LOCALES, 1);
+    const VELSysCodePage inUTF8("EUC-JP", 3, TestLocales::English);
     std::vector<bool> states;
-    s_length = [&](const char* text, std::size_t length, bool isInitial) {
-        states.push_back(isInitial);
-        return length;
-        static_cast<void>(text);
+    s_length = [&](const char*, std::size_t, std::mbstate_t& state) {
+        states.push_back(std::mbsinit(&state) != 0);
+        if (states.back()) {
+            // The lead byte of a character that nothing completes.
+            wchar_t none;
+            std::mbrtowc(&none, "\xE2", 1, &state);
+            EXPECT_FALSE(std::mbsinit(&state));
+        }
+        return 1ul;
     };
-    ConvertAll(codePage, "\xFF");
-    ConvertAll(codePage, "\xFF");
-    EXPECT_THAT(states, ElementsAre(true, true));
+    EXPECT_THAT(ConvertAll(inUTF8, "\xFF\xFF").units, ElementsAre('?', '?'));
+    EXPECT_THAT(states, ElementsAre(true, false));
+    EXPECT_THAT(ConvertAll(inUTF8, "\xFF").units, ElementsAre('?'));
+    EXPECT_THAT(states, ElementsAre(true, false, true)) << "the next conversion has one of its own";
 }
 
 TEST_F(DamagedCharacter, IsSeenInTheThreadsOwnLocale) {
     const locale_t before = uselocale(nullptr);
     locale_t inside = nullptr;
-    s_length = [&](const char*, std::size_t, bool) {
+    s_length = [&](const char*, std::size_t, std::mbstate_t&) {
         inside = uselocale(nullptr);
         return 1ul;
     };
@@ -385,6 +429,21 @@ TEST_F(DamagedCharacter, IsSeenInTheThreadsOwnLocale) {
     EXPECT_NE(inside, before);
     EXPECT_NE(inside, nullptr);
     EXPECT_EQ(uselocale(nullptr), before);
+}
+
+TEST_F(DamagedCharacter, IsSeenInTheCharactersOfItsLocaleAlone) {
+    setenv("LOCPATH", QOR_TEST_LOCALES, 1);
+    const VELSysCodePage inGerman("EUC-JP", 3, TestLocales::German);
+    std::string codeSet;
+    std::string decimalPoint;
+    s_length = [&](const char*, std::size_t, std::mbstate_t&) {
+        codeSet = nl_langinfo(CODESET);
+        decimalPoint = nl_langinfo(RADIXCHAR);
+        return 1ul;
+    };
+    ConvertAll(inGerman, "\xFF");
+    EXPECT_EQ(codeSet, "ISO-8859-1");
+    EXPECT_EQ(decimalPoint, ".") << "numbers stay as they were";
 }
 
 TEST_F(DamagedCharacter, NeedsRoomForItsMark) {

@@ -7,6 +7,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <new>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
@@ -68,6 +71,65 @@ INSTANTIATE_TEST_SUITE_P(CodePages, ResumedConversion, testing::ValuesIn(CodePag
                          [](const testing::TestParamInfo<const char*>& codePage) {
                              return CodePageOracle::TestNameOf(codePage.param);
                          });
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+namespace {
+
+/// A few pages mapped again and again, so that large texts take hardly any memory.
+class RepeatedMemory {
+public:
+    explicit RepeatedMemory(std::size_t size) : _size((size + Piece - 1) / Piece * Piece) {
+        const int file = memfd_create("repeated", 0);
+        void* const memory = mmap(nullptr, _size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (file < 0 || memory == MAP_FAILED || ftruncate(file, Piece) != 0) {
+            throw std::bad_alloc();
+        }
+        _begin = static_cast<char*>(memory);
+        for (std::size_t offset = 0; offset < _size; offset += Piece) {
+            if (mmap(_begin + offset, Piece, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, file, 0) == MAP_FAILED) {
+                throw std::bad_alloc();
+            }
+        }
+        close(file);
+    }
+    RepeatedMemory(const RepeatedMemory&) = delete;
+    RepeatedMemory& operator=(const RepeatedMemory&) = delete;
+    ~RepeatedMemory() { munmap(_begin, _size); }
+
+    static constexpr std::size_t Piece = std::size_t{1} << 20;
+    char* Begin() const { return _begin; }
+
+private:
+    std::size_t _size;
+    char* _begin = nullptr;
+};
+
+} // namespace
+
+// No length that an `int` can tell ends a text of two bytes a character between two of them.
+TEST(LargeText, IsCutBetweenCharacters) {
+    constexpr unsigned long length = (1ul << 31) + 8;
+    const RepeatedMemory text(length);
+    for (std::size_t i = 0; i < RepeatedMemory::Piece; i += 2) {
+        text.Begin()[i] = '\xA4';
+        text.Begin()[i + 1] = '\xA2';
+    }
+    const RepeatedMemory target(2 * length);
+    auto* const units = reinterpret_cast<unsigned short*>(target.Begin());
+    const VELSysCodePage codePage("EUC-JP");
+    const char* src = text.Begin();
+    unsigned long left = length;
+    testing::internal::CaptureStderr();
+    const int count = codePage.ConvertMBCSToUTF16(src, left, units, ~0ul);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    ASSERT_GT(count, 0);
+    EXPECT_EQ(units[count - 1], 0x3042);
+    EXPECT_EQ(src, text.Begin() + 2ul * static_cast<unsigned long>(count)) << "two bytes a unit";
+    EXPECT_EQ(left, length - 2ul * static_cast<unsigned long>(count));
+}
+
+#endif
 
 TEST(ConversionByIconv, GivesNoTerminatorThroughIconv) {
     const VELSysCodePage codePage("EUC-JP");

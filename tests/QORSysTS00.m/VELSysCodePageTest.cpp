@@ -1,54 +1,77 @@
+/// @file
+/// VELSysCodePage as an object, and its ways without `iconv`.
+
 #include "VELSysCodePage.h"
 
-#include "VELString.h"
-#include "VELSysNLSCore.h"
+#include "LanguageCalls.h"
+#include "VirtualTable.h"
 
 #include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
-#include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace {
 
-std::string s_codePage = "UTF-8";
-long s_maxCharSize = 1;
-std::atomic<int> s_hooksRegistered = 0;
-std::atomic<int> s_requests = 0;
-
-VELSysNLSEnv EnvironmentOf(const char* codePage) {
-    VELSysNLSEnv env{};
-    std::strcpy(env.codePage, codePage);
-    return env;
-}
+using testing::ElementsAre;
 
 /// The units of a UTF-16 text.
 std::vector<unsigned short> Units(const std::u16string& text) {
     return {text.begin(), text.end()};
 }
 
+/// A descriptor of the registry, as a code page keeps it.
+IConvDesc_t HandleAt(const VELSysCodePage& codePage, std::size_t offset) {
+    IConvDesc_t handle = -77;
+    std::memcpy(&handle, reinterpret_cast<const char*>(&codePage) + offset, sizeof handle);
+    return handle;
+}
+
+/// A resumable conversion of `text`, as which `length` bytes are given.
+struct Resumed {
+    int count;
+    std::size_t consumed; ///< Bytes; -1 when the text came to its end.
+    unsigned long left;
+    std::vector<unsigned short> units; ///< The whole target, which was full of 9.
+
+    Resumed(const VELSysCodePage& codePage, const char* text, unsigned long length, unsigned long room)
+        : left(length), units(4, 9) {
+        const char* src = text;
+        count = codePage.ConvertMBCSToUTF16(src, left, units.data(), room);
+        consumed = src != nullptr ? static_cast<std::size_t>(src - text) : static_cast<std::size_t>(-1);
+    }
+};
+constexpr auto ToTheEnd = static_cast<std::size_t>(-1);
+
+/// More than 32 bits can tell.
+constexpr unsigned long Beyond32Bits = 0x100000000;
+
 } // namespace
 
-extern "C" int __wrap__Z13GetEnvNLSDataP12VELSysNLSEnv(VELSysNLSEnv* env) {
-    ++s_requests;
-    *env = EnvironmentOf(s_codePage.c_str());
-    return 0;
+TEST(VELSysCodePage, HasNothingButItsDestructorsInItsTable) {
+    static_assert(std::has_virtual_destructor_v<VELSysCodePage>);
+    EXPECT_EQ(VirtualTable::SlotOf(&VirtualTable::WithOneMore<VELSysCodePage>::OneMore), 2);
 }
 
-extern "C" int __wrap__Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE(void (*hook)(const VELSysNLSEnv&)) {
-    EXPECT_EQ(hook, &VELSysCodePage::OnChangeNLSCore);
-    int none = 0;
-    return s_hooksRegistered.compare_exchange_strong(none, 1) ? 0 : 1;
+TEST(VELSysCodePage, AsksNobodyForItsLanguage) {
+    for (const char* name : {"UTF-8", "N/A", "EUC-JP"}) {
+        const VELSysCodePage codePage(name);
+    }
+    EXPECT_THAT(LanguageCalls::Calls(), testing::IsEmpty());
 }
 
-extern "C" long __wrap__Z26VELGetMultiByteCharMaxSizev() {
-    return s_maxCharSize;
-}
-
-extern "C" char* __wrap__ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj(const char*, char* out,
-                                                                                 unsigned int size) {
-    return std::strncpy(out, "C", size);
+TEST(VELSysCodePage, RegistersTheWayToUTF16First) {
+    const VELSysCodePage codePage("ISO-8859-1");
+    EXPECT_EQ(HandleAt(codePage, 56), 0);
+    EXPECT_EQ(HandleAt(codePage, 60), 1);
+    const VELSysCodePage other("ISO-8859-2");
+    EXPECT_EQ(HandleAt(other, 56), 2);
+    EXPECT_EQ(HandleAt(other, 60), 3);
+    const VELSysCodePage same("ISO-8859-1");
+    EXPECT_EQ(HandleAt(same, 56), 0);
+    EXPECT_EQ(HandleAt(same, 60), 1);
 }
 
 TEST(VELSysCodePage, IgnoresTheCharacterSizeGivenForUTF8) {
@@ -152,7 +175,7 @@ TEST(VELSysCodePage, MapsBytesOneToOneInIdentity) {
     int written = 0;
     EXPECT_EQ(codePage.ConvertMBCSToUTF16(text, 3, units, &written), 3);
     EXPECT_EQ(written, 3);
-    EXPECT_THAT(units, testing::ElementsAre('a', 0xE9, 0xFF, 9)) << "no terminator without a room";
+    EXPECT_THAT(units, ElementsAre('a', 0xE9, 0xFF, 9)) << "no terminator without a room";
     const unsigned short wide[] = {'a', 0x20AC, 0x1FF};
     char bytes[4] = "###";
     EXPECT_EQ(codePage.ConvertUTF16ToMBCS(wide, 3, bytes, &written), 3);
@@ -168,74 +191,96 @@ TEST(VELSysCodePage, ResumesIdentity) {
     EXPECT_EQ(codePage.ConvertMBCSToUTF16(src, left, units, 2ul), 2);
     EXPECT_EQ(src, text + 2);
     EXPECT_EQ(left, 1u);
-    EXPECT_THAT(units, testing::ElementsAre('a', 'b', 9, 9)) << "the room ended first: no terminator";
+    EXPECT_THAT(units, ElementsAre('a', 'b', 9, 9)) << "the room ended first: no terminator";
     EXPECT_EQ(codePage.ConvertMBCSToUTF16(src, left, units, 2ul), 1);
     EXPECT_EQ(src, nullptr);
-    EXPECT_THAT(units, testing::ElementsAre('c', 0, 9, 9)) << "the input ended first: a zero unit";
+    EXPECT_THAT(units, ElementsAre('c', 0, 9, 9)) << "the input ended first: a zero unit";
 }
 
-TEST(EnvConverter, IsMadeOnceAndFollowsTheLanguage) {
-    const VELSysCodePage& first = VELSysCodePage::GetEnvConverter();
-    EXPECT_TRUE(first.IsUTF8());
-    EXPECT_EQ(&VELSysCodePage::GetEnvConverter(), &first);
-    EXPECT_EQ(s_hooksRegistered, 1);
-    s_maxCharSize = 2;
-    VELSysCodePage::OnChangeNLSCore(EnvironmentOf("N/A"));
-    const VELSysCodePage& second = VELSysCodePage::GetEnvConverter();
-    EXPECT_FALSE(second.IsUTF8());
-    EXPECT_EQ(second.GetMaxCharSize(), 2);
-    EXPECT_TRUE(first.IsUTF8()) << "a replaced converter stays usable";
-    EXPECT_EQ(s_hooksRegistered, 1);
+/// Identity, by choice and for want of a descriptor.
+class IdentityWay : public testing::TestWithParam<const char*> {
+protected:
+    const VELSysCodePage codePage{GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(CodePages, IdentityWay, testing::Values("N/A", "no such code set"), [](const auto& row) {
+    return std::string(row.index == 0 ? "ByChoice" : "WithoutDescriptor");
+});
+
+TEST_P(IdentityWay, WithoutRoomTakesAllAndGivesNoTerminator) {
+    const Resumed resumed(codePage, "a\xE9z", 3, 0);
+    EXPECT_EQ(resumed.count, 3);
+    EXPECT_EQ(resumed.consumed, ToTheEnd);
+    EXPECT_EQ(resumed.left, 0u);
+    EXPECT_THAT(resumed.units, ElementsAre('a', 0xE9, 'z', 9));
+    EXPECT_THAT(Resumed(codePage, "", 0, 0).units, ElementsAre(9, 9, 9, 9)) << "not even for nothing";
 }
 
-TEST(EnvConverter, TellsTheDebuggerOfUTF8AndKeepsTheOtherBits) {
-    *s_pQUSFlagsForDebugger = 0xFFFF0006;
-    VELSysCodePage::GetEnvConverter();
-    EXPECT_EQ(*s_pQUSFlagsForDebugger, 0xFFFF0005u);
-    *s_pQUSFlagsForDebugger |= 2;
-    VELSysCodePage::OnChangeNLSCore(EnvironmentOf("N/A"));
-    EXPECT_EQ(*s_pQUSFlagsForDebugger, 0xFFFF0004u);
-    VELSysCodePage::OnChangeNLSCore(EnvironmentOf("UTF-8"));
-    EXPECT_EQ(*s_pQUSFlagsForDebugger, 0xFFFF0005u);
-}
-
-TEST(EnvConverter, TakesTheCodePageOfTheDecision) {
-    s_codePage = "N/A";
-    EXPECT_FALSE(VELSysCodePage::GetEnvConverter().IsUTF8());
-    EXPECT_EQ(VELSysCodePage::GetEnvConverter().GetMaxCharSize(), 1);
-    EXPECT_EQ(s_requests, 1);
-}
-
-TEST(EnvConverter, IsOneForAllThreads) {
-    std::vector<const VELSysCodePage*> seen(8);
-    {
-        std::vector<std::jthread> threads;
-        for (auto& slot : seen) {
-            threads.emplace_back([&slot] { slot = &VELSysCodePage::GetEnvConverter(); });
-        }
+TEST_P(IdentityWay, WithRoomGivesAZeroUnitForNothing) {
+    for (const unsigned long room : {1ul, 2ul}) {
+        const Resumed resumed(codePage, "", 0, room);
+        EXPECT_EQ(resumed.count, 0);
+        EXPECT_EQ(resumed.consumed, ToTheEnd);
+        EXPECT_THAT(resumed.units, ElementsAre(0, 9, 9, 9));
     }
-    EXPECT_THAT(seen, testing::Each(seen[0]));
-    EXPECT_EQ(s_hooksRegistered, 1);
 }
 
-TEST(EnvConverter, CanBeReplacedWhileOthersConvert) {
-    std::atomic<bool> ends = false;
-    std::vector<std::jthread> readers;
-    for (int i = 0; i < 2; ++i) {
-        readers.emplace_back([&] {
-            unsigned short units[4];
-            while (!ends) {
-                EXPECT_EQ(VELSysCodePage::GetEnvConverter().ConvertMBCSToUTF16("abc", 3, units, nullptr), 3);
-            }
-        });
-    }
-    for (int i = 0; i < 200; ++i) {
-        VELSysCodePage::OnChangeNLSCore(EnvironmentOf(i % 2 == 0 ? "N/A" : "UTF-8"));
-    }
-    ends = true;
+TEST_P(IdentityWay, GivesNoTerminatorWhereTheRoomEndsWithTheText) {
+    const Resumed resumed(codePage, "ab", 2, 2);
+    EXPECT_EQ(resumed.count, 2);
+    EXPECT_EQ(resumed.consumed, ToTheEnd);
+    EXPECT_THAT(resumed.units, ElementsAre('a', 'b', 9, 9));
 }
 
-TEST(EnvConverter, HasAVirtualDestructorFirst) {
-    static_assert(std::has_virtual_destructor_v<VELSysCodePage>);
-    EXPECT_EQ(sizeof(VELSysCodePage), 72u);
+TEST_P(IdentityWay, TakesTextsOfAnyLength) {
+    for (const unsigned long length : {Beyond32Bits, Beyond32Bits + 1, Beyond32Bits + 5, Beyond32Bits / 2,
+                                       Beyond32Bits / 2 + 1, Beyond32Bits - 1, ~0ul}) {
+        const Resumed resumed(codePage, "abc", length, 2);
+        EXPECT_EQ(resumed.count, 2) << length;
+        EXPECT_EQ(resumed.consumed, 2u);
+        EXPECT_EQ(resumed.left, length - 2);
+        EXPECT_THAT(resumed.units, ElementsAre('a', 'b', 9, 9));
+    }
+}
+
+/// Every way to UTF-16, in sizes that 32 bits can't tell.
+class LargeSize : public testing::TestWithParam<const char*> {
+protected:
+    const VELSysCodePage codePage{GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(CodePages, LargeSize, testing::Values("UTF-8", "N/A", "EUC-JP"), [](const auto& row) {
+    return std::string(row.index == 0 ? "UTF8" : row.index == 1 ? "Identity" : "Iconv");
+});
+
+TEST_P(LargeSize, OfTheRoomIsARoom) {
+    for (const unsigned long room : {Beyond32Bits, Beyond32Bits + 1, Beyond32Bits / 2, Beyond32Bits - 1, ~0ul}) {
+        const Resumed resumed(codePage, "ab", 2, room);
+        EXPECT_EQ(resumed.count, 2) << room;
+        EXPECT_EQ(resumed.consumed, ToTheEnd);
+        EXPECT_EQ(resumed.left, 0u);
+        const bool isTerminated = std::string(GetParam()) != "EUC-JP";
+        EXPECT_THAT(resumed.units, ElementsAre('a', 'b', isTerminated ? 0 : 9, 9)) << room;
+    }
+}
+
+TEST_P(LargeSize, OfTheRestLeavesTheNextCharacter) {
+    for (const unsigned long length : {Beyond32Bits, Beyond32Bits + 1, Beyond32Bits / 2, ~0ul}) {
+        const char* const text = "abcdefghijklmnop";
+        const char* src = text;
+        unsigned long left = length;
+        unsigned short units[2] = {9, 9};
+        EXPECT_EQ(codePage.GetNextMultiByteCharAsUTF16(units, src, left), 1) << length;
+        EXPECT_EQ(units[0], 'a');
+        EXPECT_EQ(src, text + 1);
+        EXPECT_EQ(left, length - 1);
+        unsigned int code = 9;
+        EXPECT_EQ(codePage.GetNextMultiByteCharAsUTF32(code, src, left), 1);
+        EXPECT_EQ(code, 'b');
+        char bytes[4];
+        EXPECT_EQ(codePage.GetNextMultiByteCharAsUTF8(bytes, src, left), 1);
+        EXPECT_EQ(bytes[0], 'c');
+        EXPECT_EQ(src, text + 3);
+        EXPECT_EQ(left, length - 3);
+    }
 }

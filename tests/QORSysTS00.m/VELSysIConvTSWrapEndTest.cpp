@@ -148,6 +148,15 @@ CHILD_PROGRAM(EndsTwice) {
     _exit(0);
 }
 
+CHILD_PROGRAM(TellsWhenItCloses) {
+    IConvDesc_t handle = 0;
+    VELSysIConvTSWrap::Open("UTF-16LE", "ISO-8859-1", handle);
+    VELSysIConvTSWrap::GetIConvDesc(handle);
+    IConvCalls::InsideNextClose([] { static_cast<void>(!write(STDOUT_FILENO, "closing\n", 8)); });
+    VELSysIConvTSWrap::sDeinitIConvTS(0);
+    _exit(0);
+}
+
 CHILD_PROGRAM(EndsUnused) {
     VELSysIConvTSWrap::sDeinitIConvTS(0);
     _exit(0);
@@ -212,6 +221,13 @@ TEST_P(IConvMessages, AreSaidUnderTheTestHarness) {
         EXPECT_EQ(child.out, GetParam().out);
         EXPECT_EQ(child.err, GetParam().err);
     }
+}
+
+TEST(IConvMessage, OfTheEndIsOutBeforeADescriptorIsClosed) {
+    const Child child = RunChild("TellsWhenItCloses", {.set = {{"KVT_RTX_IN", ""}}});
+    EXPECT_EQ(child.out,
+              "[VELSysIConvTSWrap] WARNING: from this point, conversions are no longer supported.\nclosing\n");
+    EXPECT_EQ(RunChild("TellsWhenItCloses").out, "closing\n");
 }
 
 TEST_P(IConvMessages, AreKeptToThemselvesOtherwise) {

@@ -6,6 +6,8 @@
 #include "IConvCalls.h"
 #include "VELSysStatus.h"
 
+#include <algorithm>
+#include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <random>
@@ -128,6 +130,58 @@ TEST(IConvDescriptors, EntriesGoOnTheQueueAtOnce) {
     VELSysIConvTSWrap::GetIConvDesc(handle);
     VELSysIConvTSWrap::GetIConvDesc(handle + 1);
     EXPECT_THAT(Companion(), ElementsAre("QORMutex 0 1 0", "CreateEmptyQueue 0 0", "PushFirst -1"));
+}
+
+TEST(IConvDescriptors, EntryIsOnTheQueueWhenTheFirstIsOpened) {
+    const IConvDesc_t handle = HandleOf("UTF-16LE", "ISO-8859-1");
+    std::vector<std::string> before;
+    IConvCalls::InsideNextOpen([&] { before = Companion(); });
+    VELSysIConvTSWrap::GetIConvDesc(handle);
+    EXPECT_THAT(before, ElementsAre("QORMutex 0 1 0", "CreateEmptyQueue 0 0", "PushFirst -1"));
+}
+
+namespace {
+
+/// What follows an entry of the thread's list: the last field, behind the handle, the mark and both descriptors.
+const void* NextOf(const void* entry) {
+    const void* next = nullptr;
+    std::memcpy(&next, static_cast<const char*>(entry) + 8 + 2 * sizeof(iconv_t), sizeof next);
+    return next;
+}
+
+/// The thread's entries in the order of the list, by their numbers in `entries`.
+std::vector<std::size_t> OrderOf(const std::vector<const void*>& entries) {
+    const auto isHead = [&](const void* entry) { return std::ranges::find(entries, entry, NextOf) == entries.end(); };
+    std::vector<std::size_t> order;
+    for (const void* entry = *std::ranges::find_if(entries, isHead); entry != nullptr; entry = NextOf(entry)) {
+        order.push_back(static_cast<std::size_t>(std::ranges::find(entries, entry) - entries.begin()));
+    }
+    return order;
+}
+
+} // namespace
+
+TEST(IConvDescriptors, StandInFrontWhenTheyWereUsedLast) {
+    const IConvDesc_t handles[] = {HandleOf("UTF-16LE", "ISO-8859-1"), HandleOf("UTF-16LE", "no such code set"),
+                                   HandleOf("UTF-16LE", "ISO-8859-2")};
+    for (const IConvDesc_t handle : handles) {
+        VELSysIConvTSWrap::GetIConvDesc(handle);
+    }
+    const auto entries = IConvCalls::Entries();
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_THAT(OrderOf(entries), ElementsAre(2, 1, 0)) << "a new one is in front";
+    const struct {
+        IConvDesc_t handle;
+        std::vector<std::size_t> order;
+    } rows[] = {{handles[2], {2, 1, 0}},
+                {handles[0], {0, 2, 1}},
+                {handles[2] + 1, {2, 0, 1}},
+                {handles[1], {1, 2, 0}},
+                {handles[1] + 1, {1, 2, 0}}};
+    for (const auto& row : rows) {
+        VELSysIConvTSWrap::GetIConvDesc(row.handle);
+        EXPECT_EQ(OrderOf(entries), row.order) << row.handle;
+    }
 }
 
 TEST(IConvDescriptors, UnknownHandleHasNoneAndLeavesNothing) {

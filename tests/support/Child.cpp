@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -120,6 +121,13 @@ Child Run(std::vector<std::string> command, const ChildSetup& setup) {
 
 ChildRegistration::ChildRegistration(const char* name, ChildProgram program) {
     Programs()[name] = program;
+}
+
+void EndWithoutFlush(const std::function<void()>& action) {
+    static char buffer[4096];
+    std::setvbuf(stderr, buffer, _IOFBF, sizeof buffer);
+    action();
+    _exit(0);
 }
 
 Child RunExecutable(const std::string& path, const ChildSetup& setup) {

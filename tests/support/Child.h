@@ -18,6 +18,7 @@
 /// @endcode
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -50,6 +51,10 @@ using ChildProgram = int (*)(const std::vector<std::string>& arguments);
 struct ChildRegistration {
     ChildRegistration(const char* name, ChildProgram program);
 };
+
+/// Ends a child program with what `action` wrote to standard error and flushed itself: the stream holds back the rest,
+/// and the end of the process doesn't flush it.
+[[noreturn]] void EndWithoutFlush(const std::function<void()>& action);
 
 #define CHILD_PROGRAM(name)                                                                                            \
     static int ChildProgram##name(const std::vector<std::string>& arguments);                                          \
