@@ -7,7 +7,8 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
-add_library(qor_test_support STATIC ${PROJECT_SOURCE_DIR}/tests/support/Child.cpp)
+add_library(qor_test_support OBJECT ${PROJECT_SOURCE_DIR}/tests/support/Child.cpp
+  ${PROJECT_SOURCE_DIR}/tests/support/SanitizerDefaults.cpp)
 target_include_directories(qor_test_support PUBLIC ${PROJECT_SOURCE_DIR}/tests/support)
 target_link_libraries(qor_test_support PUBLIC GTest::gmock GTest::gtest)
 

@@ -2,7 +2,11 @@
 /// What the converter registry asks of the C library and of the companion, recorded; refusals on demand.
 #pragma once
 
+#include "VELSysIConvTSWrap.h"
+#include "VELSysStatus.h"
+
 #include <functional>
+#include <gtest/gtest.h>
 #include <iconv.h>
 #include <string>
 #include <vector>
@@ -29,5 +33,12 @@ void InsideNextOpen(std::function<void()> action);
 void InsideNextClose(std::function<void()> action);
 
 inline const iconv_t None = reinterpret_cast<iconv_t>(-1);
+
+/// Opens a conversion, which must succeed.
+inline IConvDesc_t HandleOf(const char* to, const char* from) {
+    IConvDesc_t handle = -77;
+    EXPECT_EQ(VELSysIConvTSWrap::Open(to, from, handle), VEL::StatusOk);
+    return handle;
+}
 
 } // namespace IConvCalls

@@ -135,26 +135,3 @@ extern "C" char* __wrap__ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj
 extern "C" char* __wrap__Z23VELSysCLocaleEnvironGetPc(char* out) {
     return std::strcpy(out, "C");
 }
-
-extern "C" {
-
-// The C library's `newlocale` itself loses the list of directories that it makes of LOCPATH.
-
-const char* __lsan_default_suppressions() {
-    return "leak:__argz_add_sep";
-}
-
-const char* __lsan_default_options() {
-    return "print_suppressions=0";
-}
-
-// Locales share data under a lock of the C library's own, which isn't seen.
-
-const char* __tsan_default_suppressions() {
-    return "race:__freelocale\nrace:_nl_unload_locale\nrace:_nl_cleanup_ctype\nrace:__gconv_close_transform";
-}
-
-const char* __tsan_default_options() {
-    return "print_suppressions=0";
-}
-}

@@ -251,20 +251,4 @@ char* __wrap_setlocale(int category, const char* locale) {
     }
     return locale != nullptr && s_untilRefusal == 0 ? nullptr : __real_setlocale(category, locale);
 }
-
-// The C library loses the list of directories that it makes of LOCPATH.
-
-const char* __lsan_default_suppressions() {
-    return "leak:argz_add_sep";
-}
-
-const char* __lsan_default_options() {
-    return "print_suppressions=0";
-}
-
-// Locales share data under a lock of the C library's own, which isn't seen.
-
-const char* __tsan_default_suppressions() {
-    return "race:__freelocale\nrace:_nl_unload_locale\nrace:_nl_cleanup_ctype\nrace:__gconv_close_transform";
-}
 }

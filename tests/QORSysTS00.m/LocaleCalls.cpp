@@ -154,26 +154,6 @@ Child LocaleCalls::Traced(const std::string& program, const std::vector<std::str
 
 extern "C" {
 
-// The C library's `newlocale` itself loses the list of directories that it makes of LOCPATH.
-
-const char* __lsan_default_suppressions() {
-    return "leak:argz_add_sep";
-}
-
-const char* __lsan_default_options() {
-    return "print_suppressions=0";
-}
-
-// Locales share data under a lock of the C library's own, which isn't seen.
-
-const char* __tsan_default_suppressions() {
-    return "race:__freelocale\nrace:_nl_unload_locale\nrace:_nl_cleanup_ctype\nrace:__gconv_close_transform";
-}
-
-const char* __tsan_default_options() {
-    return "print_suppressions=0";
-}
-
 locale_t __real_uselocale(locale_t locale);
 locale_t __real_newlocale(int mask, const char* name, locale_t base);
 locale_t __real_duplocale(locale_t locale);

@@ -15,21 +15,14 @@
 
 using IConvCalls::Closed;
 using IConvCalls::Companion;
+using IConvCalls::HandleOf;
 using IConvCalls::None;
 using IConvCalls::Opened;
 using IConvCalls::Opens;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
-
-IConvDesc_t HandleOf(const char* to, const char* from) {
-    IConvDesc_t handle = -77;
-    EXPECT_EQ(VELSysIConvTSWrap::Open(to, from, handle), VEL::StatusOk);
-    return handle;
-}
-
-} // namespace
+namespace {} // namespace
 
 TEST(IConvEnd, ClosesEachDescriptorOnceInTheOrderOfOpening) {
     const IConvDesc_t first = HandleOf("UTF-16LE", "ISO-8859-1");

@@ -14,6 +14,7 @@
 #include <thread>
 
 using IConvCalls::Companion;
+using IConvCalls::HandleOf;
 using IConvCalls::None;
 using IConvCalls::Opened;
 using IConvCalls::Opens;
@@ -21,12 +22,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-IConvDesc_t HandleOf(const char* to, const char* from) {
-    IConvDesc_t handle = -77;
-    EXPECT_EQ(VELSysIConvTSWrap::Open(to, from, handle), VEL::StatusOk);
-    return handle;
-}
 
 std::string Convert(iconv_t descriptor, std::string text) {
     char converted[32];

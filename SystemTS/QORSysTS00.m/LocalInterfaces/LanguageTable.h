@@ -31,6 +31,10 @@ int ReadLanguageTable(std::FILE* file, LanguageTable& rows);
 /// @return 1; 0 when there is no table in the file; VEL::StatusFailure when no file opens.
 int LoadLanguageTable(LanguageTable& rows);
 
+/// Whether the calling thread is just reading the table for its first user. That takes strings, which may come back to
+/// the language core from within.
+bool IsReadingLanguageTable();
+
 /// Keeps the table in memory while one of these objects lives; the first reads it, the last gives it back. What it
 /// holds doesn't change meanwhile.
 class LanguageTableUse {

@@ -41,6 +41,8 @@ constexpr Place Places[] = {
 constinit LanguageTable* s_rows = nullptr;
 constinit long s_users = 0;
 
+constinit thread_local bool t_isReading = false;
+
 File OpenForReading(const char* name) {
     const int descriptor = open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
@@ -148,11 +150,16 @@ int VEL::internal::LoadLanguageTable(LanguageTable& rows) {
     return ReadLanguageTable(file.get(), rows);
 }
 
+bool VEL::internal::IsReadingLanguageTable() {
+    return t_isReading;
+}
+
 VEL::internal::LanguageTableUse::LanguageTableUse() {
     const WriteGuard guard(VELSysNLS::Instance().lock);
     if (s_users++ > 0) {
         return;
     }
+    t_isReading = true;
     try {
         auto rows = std::make_unique<LanguageTable>();
         LoadLanguageTable(*rows);
@@ -160,6 +167,7 @@ VEL::internal::LanguageTableUse::LanguageTableUse() {
     } catch (const std::bad_alloc&) {
         // No table, until it is acquired anew.
     }
+    t_isReading = false;
 }
 
 VEL::internal::LanguageTableUse::~LanguageTableUse() {

@@ -1,6 +1,7 @@
 // The converter of the environment's code page.
 
 #include "Assertion.h"
+#include "LanguageTable.h"
 #include "StringDebugFlags.h"
 #include "VELSysCodePage.h"
 #include "VELSysNLSCore.h"
@@ -103,10 +104,10 @@ bool FollowLanguage() {
     return answer == Follows;
 }
 
-/// Whether this thread is just making the language decision.
+/// Whether this thread is just making the language decision, or reading what it is made from.
 bool IsDeciding() {
     constexpr int CalledFromWithin = 2;
-    return InitNLSCore(nullptr, false) == CalledFromWithin;
+    return VEL::internal::IsReadingLanguageTable() || InitNLSCore(nullptr, false) == CalledFromWithin;
 }
 
 } // namespace
