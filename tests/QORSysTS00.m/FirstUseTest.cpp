@@ -186,6 +186,18 @@ TEST_P(FirstUseWithoutAHook, ConvertsRightlyForTheLanguageItHas) {
     }
 }
 
+TEST(FirstUseWithoutAHookInUTF8, TheConverterIsTheRecords) {
+    for (const char* const act : {"text", "units", "converter", "query", "session"}) {
+        for (const int threads : {1, Threads}) {
+            const Outcome outcome = LanguageChild::Run(
+                "FillsThePlacesFirst",
+                {.lang = "fr_FR.ISO-8859-1", .table = Table(Rows), .script = std::vector<std::string>(threads, act)});
+            EXPECT_EQ(outcome.exitCode, 0) << act << ", signal " << outcome.signal << '\n' << outcome.err;
+            EXPECT_THAT(outcome.report, ElementsAre("last 0", French, "converter UTF-8")) << act;
+        }
+    }
+}
+
 TEST(FirstUseInEUC, TheConverterIsTheRecords) {
     for (const char* const act : {"text", "units", "converter", "query", "table", "detect", "session"}) {
         const Outcome outcome = LanguageChild::Run(

@@ -11,9 +11,13 @@ endfunction()
 
 qor_add_language_test(LanguageDecisionTest)
 qor_add_language_test(LanguageTableTest)
+qor_wrap(LanguageTableTest fdopen fopen)
 qor_add_language_test(LanguageQueriesTest)
 qor_add_language_test(LanguageHooksTest)
+qor_add_language_test(LanguageAdoptionTest)
+qor_wrap(LanguageAdoptionTest _Z25VELSysCLocaleSetPerThreadi _ZNSt6localeC1EPKc _Znwm)
 qor_add_language_test(LanguageThreadsTest)
+qor_wrap(LanguageThreadsTest newlocale)
 qor_add_language_test(FirstUseTest)
 qor_add_language_test(LanguageShortageTest FailingNew.cpp HeapLog.cpp)
 qor_wrap(LanguageShortageTest malloc realloc free _Z13VELDebugBreaki _Znwm _Znam _ZnwmRKSt9nothrow_t

@@ -222,6 +222,8 @@ const Case ByFallback[] = {
              "English|a|en_AA|A|.|1"),
     Fallback("TheCodeSetBeginsAtTheLastPoint", "xx_XX.A.B",
              "English a en_AA A\nEnglish b en_BB A.B\nEnglish c en_CC B\n", "en_CC", "English|c|en_CC|B|.|1"),
+    Fallback("WithoutAPointTheCodeSetIsEmptyAsMissingOnesAre", "xx",
+             "English a en_AA A\nEnglish b en_BB\nEnglish c en_CC xx\n", "en_BB", "English|b|en_BB||.|1"),
     Fallback("UTF8HasFourWithoutALocale", "xx_XX.D", "English a en_AA UTF-8\n", "en_AA", "English|a|en_AA|UTF-8|.|4"),
 };
 
@@ -296,6 +298,10 @@ const Case ByState[] = {
      {"init 4", "accepted de_DE.ISO-8859-1", "init 4", "Korean|ko|ko_KR.EUC-KR|EUC-KR|,|1", "accepted ",
       "locale de_DE.ISO-8859-1 ,, 46 46"},
      ChosenInstead("fr_FR.UTF-8", "de_DE.ISO-8859-1") + Read("fr_FR.UTF-8") + Chosen("ko_KR.EUC-KR", "ko_KR.EUC-KR")},
+    {"ARefusedLocaleHasOneByteACharacter",
+     {"fr_FR.UTF-8", Usual, {"init=Japanese", "size", "env=LOCPATH=/nowhere", "init=Korean", "record", "size"}},
+     {"init 4", "size 3", "init 4", "Korean|ko|ko_KR.EUC-KR|EUC-KR|.|1", "size 1"},
+     ChosenInstead("fr_FR.UTF-8", "ja_JP.EUC-JP") + Read("fr_FR.UTF-8") + Chosen("ko_KR.EUC-KR", "ko_KR.EUC-KR")},
 };
 
 const Case WithoutATable[] = {
@@ -384,6 +390,7 @@ const Case AtTheLimits[] = {
 };
 
 const std::string Refused = Table("German de de_DE;comma ISO-8859-1\n" + Rows);
+const std::string RefusedDots = Table("X x middle_dot;utf8 UTF-8\nX y middle_dot;latin1 ISO-8859-1\n");
 
 const Case Adopted[] = {
     {"ALocaleByName",
@@ -402,6 +409,15 @@ const Case Adopted[] = {
      {"de_DE;comma", Refused, {"radix=12", "init", "record", "locale"}},
      {"init 4", "German|de|de_DE;comma|ISO-8859-1|12|1", "locale * 11 0 0"},
      ChosenByName("de_DE;comma")},
+    // U+00B7, which a report cuts to a byte.
+    {"ItsNarrowSeparatorHasNoRoomForTwoBytes",
+     {"middle_dot;utf8", RefusedDots, {"init", "record", "locale"}},
+     {"init 4", "X|x|middle_dot;utf8|UTF-8|\xB7|4", "locale * ?\xB7 0 0"},
+     ChosenByName("middle_dot;utf8")},
+    {"ItsNarrowSeparatorIsAByteOfTheLocale",
+     {"middle_dot;latin1", RefusedDots, {"init", "record", "locale"}},
+     {"init 4", "X|y|middle_dot;latin1|ISO-8859-1|\xB7|1", "locale * \xB7\xB7 0 0"},
+     ChosenByName("middle_dot;latin1")},
     // The third request is the one for the narrow separator.
     {"ItsNarrowSeparatorWithoutALocale",
      {"de_DE;comma", Refused, {"refuse=3", "init", "locale"}},

@@ -178,6 +178,35 @@ TEST_F(LanguageHook, MayQuery) {
     EXPECT_EQ(rows.size(), 10U);
 }
 
+TEST_F(LanguageHook, SeesTheLaterDecisionAndNoRecordOfTheEarlier) {
+    ASSERT_EQ(InitNLSCore("German", false), 4);
+    ASSERT_EQ(LanguageChild::Record(), "German|de|de_DE.ISO-8859-1|ISO-8859-1|,|1");
+    RegisterNLSChangeHook(Hook<0>);
+    s_inside = [](const VELSysNLSEnv&) {
+        EXPECT_EQ(LanguageChild::Record(), "Japanese|ja|ja_JP.EUC-JP|EUC-JP|.|3");
+        EXPECT_EQ(VELGetMultiByteCharMaxSize(), 3);
+    };
+    EXPECT_THAT(Decide("Japanese"), ElementsAre("0 Japanese EUC-JP"));
+}
+
+TEST_F(LanguageHook, OfALaterDecisionKeepsTheRecordFromOtherThreads) {
+    ASSERT_EQ(InitNLSCore("German", false), 4);
+    ASSERT_EQ(LanguageChild::Record(), "German|de|de_DE.ISO-8859-1|ISO-8859-1|,|1");
+    RegisterNLSChangeHook(Hook<0>);
+    std::string seen;
+    std::future<void> blocked;
+    std::future<int> request;
+    s_inside = [&](const VELSysNLSEnv&) {
+        blocked = StartBlocked([&seen] { seen = LanguageChild::Record(); });
+        request = std::async(std::launch::async, [] { return InitNLSCore(nullptr, false); });
+        EXPECT_EQ(request.wait_for(std::chrono::seconds(30)), std::future_status::ready) << "it needs no lock";
+    };
+    Decide("Japanese");
+    blocked.get();
+    EXPECT_EQ(seen, "Japanese|ja|ja_JP.EUC-JP|EUC-JP|.|3");
+    EXPECT_EQ(request.get(), 1);
+}
+
 TEST_F(LanguageHook, FromWithinADecisionIsNotMade) {
     RegisterNLSChangeHook(Hook<0>);
     std::vector<int> codes;
@@ -225,6 +254,18 @@ TEST_F(LanguageHook, MayRegisterAHook) {
     EXPECT_EQ(codes.front(), VEL::StatusOk);
     s_inside = nullptr;
     EXPECT_THAT(Decide("Korean"), ElementsAre("0 Korean EUC-KR", "1 Korean EUC-KR"));
+}
+
+TEST_F(LanguageHook, RegisteredByAHookRunsInTheSameDecisionWithTheSameRecord) {
+    RegisterNLSChangeHook(Hook<0>);
+    std::vector<const VELSysNLSEnv*> records;
+    s_inside = [&](const VELSysNLSEnv& env) {
+        records.push_back(&env);
+        RegisterNLSChangeHook(Hook<1>);
+    };
+    EXPECT_THAT(Decide("Japanese"), ElementsAre("0 Japanese EUC-JP", "1 Japanese EUC-JP"));
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(records[0], records[1]);
 }
 
 TEST_F(LanguageHook, MayFillThePlaces) {

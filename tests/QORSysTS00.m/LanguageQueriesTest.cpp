@@ -4,6 +4,7 @@
 
 #include "LanguageTest.h"
 #include "TestLocales.h"
+#include "UpwardCalls.h"
 #include "VELSysCLocale.h"
 #include "VELSysNLS.h"
 #include "VELSysStatus.h"
@@ -181,9 +182,9 @@ TEST_F(LanguageQuery, APredicateMayQueryItself) {
 
 TEST_F(LanguageQuery, RefusesOtherModesFirst) {
     RemoveTable();
-    for (const char mode : {2, 3, 127}) {
-        const Found found = Find({}, mode, 5);
-        EXPECT_EQ(found.status, static_cast<int>(0x80070057));
+    for (const int mode : {2, 3, 127, 0x80, -2, -1}) {
+        const Found found = Find({}, static_cast<char>(mode), 5);
+        EXPECT_EQ(found.status, static_cast<int>(0x80070057)) << mode;
         EXPECT_EQ(found.count, 0);
     }
 }
@@ -339,6 +340,45 @@ TEST_F(LanguageQuery, TheRecordIsFilledWhole) {
     EXPECT_EQ(record.maxCharSize, 1);
 }
 
+TEST_F(LanguageQuery, TheRecordIsInALanguagePreferredSince) {
+    EXPECT_EQ(LanguageChild::Record(), "German|de|de_DE.ISO-8859-1|ISO-8859-1|,|1");
+    VEL::internal::KeepPreferredLanguage("Japanese");
+    EXPECT_EQ(LanguageChild::Record(), "Japanese|ja|ja_JP.EUC-JP|EUC-JP|.|3") << "though no change is announced";
+    VEL::internal::KeepPreferredLanguage("French");
+    EXPECT_EQ(VELGetMultiByteCharMaxSize(), 4);
+    VEL::internal::KeepPreferredLanguage(nullptr);
+    EXPECT_EQ(LanguageChild::Record(), "French|fr|fr_FR.UTF-8|UTF-8|,|4") << "what is decided stands";
+}
+
+TEST_F(LanguageQuery, AnyLangIsEndured) {
+    const std::string large(100000, '\xE9');
+    for (const std::string& lang : {large, "x." + large, std::string(), std::string("\xFF.\xFE"), std::string(".")}) {
+        setenv("LANG", lang.c_str(), 1);
+        EXPECT_EQ(InitNLSCore(nullptr, true), 4);
+        EXPECT_EQ(VELSysNLS::Instance().environmentLanguage, lang);
+        VELSysNLSEnv record;
+        EXPECT_EQ(GetEnvNLSData(&record), VEL::StatusOk);
+        EXPECT_STREQ(record.language, "English") << lang.substr(0, 9);
+        char name[VELSysCLocale::EnvironNameSize];
+        EXPECT_EQ(VELSysCLocaleEnvironGet(name), name);
+    }
+}
+
+TEST_F(LanguageQuery, TheLongestLocaleOfATableIsAcceptedWhole) {
+    // A list of all categories is a locale's name, too.
+    std::string list;
+    for (const char* const category :
+         {"LC_CTYPE", "LC_NUMERIC", "LC_TIME", "LC_COLLATE", "LC_MONETARY", "LC_MESSAGES", "LC_PAPER", "LC_NAME",
+          "LC_ADDRESS", "LC_TELEPHONE", "LC_MEASUREMENT", "LC_IDENTIFICATION"}) {
+        list += (list.empty() ? "" : ";") + std::string(category) + '=' + (list.empty() ? "C" : TestLocales::German);
+    }
+    UseRows("L a " + list + " ISO-8859-1\n");
+    EXPECT_EQ(InitNLSCore("L", true), 4);
+    char name[VELSysCLocale::EnvironNameSize];
+    EXPECT_EQ(VELSysCLocaleEnvironGet(name), name);
+    EXPECT_EQ(name, list);
+}
+
 TEST_F(LanguageQuery, TheLongestCharacterIsTheLocales) {
     EXPECT_EQ(VELGetMultiByteCharMaxSize(), 1);
     InitNLSCore("Japanese", false);
@@ -354,6 +394,13 @@ TEST_F(LanguageQuery, TheAcceptedLocaleIsCopied) {
     InitNLSCore("Japanese", false);
     EXPECT_EQ(VELSysCLocaleEnvironGet(name), name);
     EXPECT_STREQ(name, TestLocales::Japanese);
+}
+
+TEST_F(LanguageQuery, TheAcceptedLocaleWithoutAPlaceIsDecidedOnly) {
+    EXPECT_EQ(VELSysCLocaleEnvironGet(nullptr), nullptr);
+    EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), TestLocales::German);
+    EXPECT_EQ(InitNLSCore(nullptr, false), 1);
+    EXPECT_EQ(VELSysCLocaleEnvironGet(nullptr), nullptr);
 }
 
 TEST_F(LanguageQuery, ALocaleStringIsTranslated) {
@@ -388,6 +435,19 @@ TEST_F(LanguageQuery, ALocaleStringIsCopiedAsStrncpyDoes) {
     std::memcpy(expected.bytes, "ab\0\0\0\0", 6);
     VELSysCLocale::GetLocaleStringFromLangString("ab", field.bytes, 6);
     EXPECT_EQ(std::memcmp(field.bytes, expected.bytes, sizeof field.bytes), 0) << "filled up with zeros";
+}
+
+TEST_F(LanguageQuery, ALocaleStringIsCopiedOntoItself) {
+    char name[16] = "ja_JP.SJIS";
+    EXPECT_EQ(VELSysCLocale::GetLocaleStringFromLangString(name, name, sizeof name), name);
+    EXPECT_STREQ(name, "ja_JP.SJIS");
+    EXPECT_EQ(VELSysCLocale::GetLocaleStringFromLangString(name + 1, name, sizeof name), name);
+    EXPECT_STREQ(name, "a_JP.SJIS") << "to the front";
+    EXPECT_EQ(VELSysCLocale::GetLocaleStringFromLangString(name, name + 2, sizeof name - 2), name + 2);
+    EXPECT_STREQ(name, "a_a_JP.SJIS") << "to the back";
+    std::strcpy(name, "ja_JP.SJIS");
+    EXPECT_EQ(VELSysCLocale::GetLocaleStringFromLangString(name, name + 4, 4), name + 4);
+    EXPECT_EQ(std::string(name, sizeof name), std::string("ja_Jja_JIS\0\0\0\0\0\0", sizeof name)) << "cut";
 }
 
 TEST_F(LanguageQuery, ANullLocaleStringIsHarmless) {

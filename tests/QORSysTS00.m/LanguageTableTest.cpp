@@ -5,10 +5,13 @@
 #include "LanguageTest.h"
 #include "VELSysStatus.h"
 
+#include <cstdio>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <iconv.h>
 #include <ostream>
 #include <set>
+#include <sys/stat.h>
 
 namespace {
 
@@ -22,6 +25,16 @@ const Rows NoTable = {"status -2147418113"};
 static_assert(VEL::StatusUnexpected == -2147418113);
 
 class LanguageTable : public LanguageTest {};
+
+/// The descriptor flags of the library's streams, as they were opened.
+std::vector<int> s_flags;
+
+FILE* Noted(FILE* file) {
+    if (file != nullptr) {
+        s_flags.push_back(fcntl(fileno(file), F_GETFD));
+    }
+    return file;
+}
 
 struct Text {
     const char* name;
@@ -90,6 +103,20 @@ const Text Texts[] = {
 };
 
 } // namespace
+
+extern "C" {
+
+FILE* __real_fdopen(int descriptor, const char* mode);
+FILE* __real_fopen(const char* name, const char* mode);
+
+FILE* __wrap_fdopen(int descriptor, const char* mode) {
+    return Noted(__real_fdopen(descriptor, mode));
+}
+
+FILE* __wrap_fopen(const char* name, const char* mode) {
+    return Noted(__real_fopen(name, mode));
+}
+}
 
 INSTANTIATE_TEST_SUITE_P(Each, LanguageTableText, testing::ValuesIn(Texts),
                          [](const auto& test) { return test.param.name; });
@@ -238,6 +265,59 @@ TEST_F(LanguageTablePlace, MayBeNestedDeeply) {
     EXPECT_THAT(RowsFound(), ElementsAre("deep|||"));
 }
 
+// What is there and is no regular file. It counts as a file that opens and is empty.
+
+/// Argument: what stands in the first place of a list.
+CHILD_PROGRAM(FindsNoRegularFile) {
+    LanguageChild::BeginChild();
+    const std::string& kind = arguments[0];
+    const std::string first = std::getenv("TABLE_DIRECTORY") + std::string("/first");
+    int writer = -1;
+    if (kind == "directory") {
+        std::filesystem::create_directory(first);
+    } else if (kind == "device") {
+        std::filesystem::create_symlink("/dev/zero", first);
+    } else if (mkfifo(first.c_str(), S_IRUSR | S_IWUSR) == 0 && kind == "silent") {
+        writer = open(first.c_str(), O_RDWR | O_CLOEXEC);
+    }
+    LanguageChild::PlayStep("init");
+    LanguageChild::PlayStep("count");
+    LanguageChild::Report("writes " + std::to_string(writer < 0 ? 0 : 1));
+    return std::filesystem::exists(first) ? 0 : 1;
+}
+
+namespace {
+class NoRegularFile : public testing::TestWithParam<const char*> {};
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(Each, NoRegularFile, testing::Values("directory", "device", "unwritten", "silent"),
+                         [](const auto& test) { return std::string(test.param); });
+
+TEST_P(NoRegularFile, EndsTheSearchAndHasNoBeginning) {
+    const LanguageChild::Outcome outcome =
+        LanguageChild::Run("FindsNoRegularFile",
+                           {.lang = "x.UTF-8",
+                            .table = LanguageChild::Table(LanguageChild::Rows),
+                            .script = {GetParam()},
+                            .more = {{"QORReffilesPath", "-"}, {"VELSysNLSInstallPath", "{}/first:{}/NLS/SUPPLANG_R9"}},
+                            .isTraced = true});
+    EXPECT_EQ(outcome.exitCode, 0) << "signal " << outcome.signal;
+    const bool isSilent = std::string(GetParam()) == "silent";
+    EXPECT_THAT(outcome.report, ElementsAre("init 0", "count -2147418113 0", isSilent ? "writes 1" : "writes 0"));
+    EXPECT_EQ(outcome.err, "[PID]*BEGIN* OS section not found\n[PID]*BEGIN* OS section not found\n");
+}
+
+TEST_F(LanguageTable, IsNotInheritedByOtherPrograms) {
+    s_flags.clear();
+    RowsFound();
+    EXPECT_THAT(s_flags, ElementsAre(FD_CLOEXEC));
+    RemoveTable();
+    std::filesystem::create_directory(scratch / "NLS/SUPPLANG_R9");
+    s_flags.clear();
+    RowsFound();
+    EXPECT_THAT(s_flags, ElementsAre(FD_CLOEXEC));
+}
+
 // The warning of a missing table. Nothing asks for it but this test.
 
 CHILD_PROGRAM(WarnsOfAMissingTable) {
@@ -258,11 +338,21 @@ TEST(MissingLanguageTable, IsWarnedOfOnceWhenAsked) {
     EXPECT_THAT(outcome.report, ElementsAre("init 0", "count -2147418113 0", "cleared", "count -2147418113 0"));
 }
 
+TEST(MissingLanguageTable, IsWarnedOfWithoutAnEnvironment) {
+    const LanguageChild::Outcome outcome =
+        LanguageChild::Run("WarnsOfAMissingTable", {.lang = "x.UTF-8", .isTraced = true});
+    EXPECT_EQ(outcome.err,
+              "[PID]VELSysNLSCore failed to open SUPPLANG_R9 file. You may regenerate your runtime view to "
+              "fix this issue (bldz/bldvw/reinstall).\n");
+    EXPECT_EQ(outcome.report.at(2), "cleared");
+}
+
 TEST(MissingLanguageTable, IsNotWarnedOfInTheBuildersEnvironment) {
     const LanguageChild::Outcome outcome = LanguageChild::Run(
         "WarnsOfAMissingTable",
         {.lang = "x.UTF-8", .more = {{"QORDefaultEnvironment", "BldzEnvironment"}}, .isTraced = true});
     EXPECT_EQ(outcome.err, "");
+    EXPECT_THAT(outcome.report, ElementsAre("init 0", "count -2147418113 0", "set", "count -2147418113 0"));
 }
 
 TEST(MissingLanguageTable, IsNotWarnedOfWithoutATrace) {
@@ -357,4 +447,47 @@ TEST_F(ShippedLanguageTable, ServesTheTestLocales) {
         DetectNLSCoreFromEnvironment(entry);
         EXPECT_EQ(entry.language, language) << lang;
     }
+}
+
+namespace {
+
+struct Served {
+    const char* name;
+    const char* lang;
+    const char* language;
+    const char* codePage;
+};
+
+void PrintTo(const Served& served, std::ostream* out) {
+    *out << served.lang;
+}
+
+class ShippedLanguageTableServes : public ShippedLanguageTable, public testing::WithParamInterface<Served> {};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(Each, ShippedLanguageTableServes,
+                         testing::Values(Served{"GermanWithTheEuro", "de_DE.ISO-8859-15", "German", "ISO-8859-15"},
+                                         Served{"GermanInTheOtherSpelling", "de_DE.iso88591", "German", "ISO-8859-1"},
+                                         Served{"GermanByItsModifier", "de_DE@euro", "German", "ISO-8859-15"},
+                                         Served{"JapaneseShifted", "ja_JP.SJIS", "Japanese", "SHIFT_JIS"},
+                                         Served{"JapaneseEUC", "ja_JP.eucJP", "Japanese", "EUC-JP"},
+                                         Served{"AmericanInTheOtherSpelling", "en_US.utf8", "English", "UTF-8"},
+                                         Served{"ChineseExtended", "zh_CN.gbk", "Simplified_Chinese", "GBK"},
+                                         Served{"C", "C", "English", "UTF-8"},
+                                         Served{"POSIX", "POSIX", "English", "UTF-8"},
+                                         Served{"Nobody", "xx_YY.UTF-8", "English", "UTF-8"}),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST_P(ShippedLanguageTableServes, TheLanguageAndItsCodePage) {
+    setenv("LANG", GetParam().lang, 1);
+    VELSysNLSEntry entry;
+    EXPECT_EQ(DetectNLSCoreFromEnvironment(entry), 1);
+    EXPECT_EQ(entry.language, GetParam().language);
+    EXPECT_EQ(entry.codePage, GetParam().codePage);
+    EXPECT_EQ(InitNLSCore(nullptr, true), 4);
+    VELSysNLSEnv record;
+    GetEnvNLSData(&record);
+    EXPECT_STREQ(record.language, GetParam().language);
+    EXPECT_STREQ(record.codePage, GetParam().codePage);
 }

@@ -8,8 +8,12 @@
 #include "VELSysCLocale.h"
 #include "VELSysCodePage.h"
 #include "VELSysHashMapString.h"
+#include "VELSysStr.h"
 
 #include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <clocale>
 #include <cstring>
 #include <functional>
 #include <set>
@@ -18,6 +22,9 @@
 namespace {
 
 constexpr int Decisions = 200;
+
+/// Whether the C library has no locale for this thread.
+thread_local bool t_hasNoLocale = false;
 
 class LanguageThreads : public LanguageTest {
 protected:
@@ -108,6 +115,19 @@ void ReadConverter() {
 
 } // namespace
 
+extern "C" {
+
+locale_t __real_newlocale(int mask, const char* name, locale_t base);
+
+locale_t __wrap_newlocale(int mask, const char* name, locale_t base) {
+    if (t_hasNoLocale) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    return __real_newlocale(mask, name, base);
+}
+}
+
 TEST_F(LanguageThreads, SeeWholeRecordsWhileTheLanguageChanges) {
     While(ChangeLanguages, ReadRecord);
 }
@@ -169,4 +189,72 @@ TEST_F(LanguageThreads, DetectWhileTheLanguageChanges) {
         EXPECT_EQ(DetectNLSCoreFromEnvironment(entry), 1);
         EXPECT_EQ(entry.language, "German");
     });
+}
+
+// A scope that has the process's locale to itself, because the C library has none for its thread.
+
+namespace {
+
+constexpr int Scopes = 50;
+
+void UseTheLanguage() {
+    ReadRecord();
+    ReadLocales();
+    char narrow[16];
+    EXPECT_EQ(VELSysStrCpy(narrow, sizeof narrow, L"abc"), 0);
+    EXPECT_STREQ(narrow, "abc");
+    ReadConverter();
+    unsigned short units[8];
+    int written = 0;
+    // Damaged where letters have two bytes.
+    VELSysCodePage::GetEnvConverter().ConvertMBCSToUTF16("\xFF\xFF", 2, units, &written);
+}
+
+/// Decides anew on another thread, which waits for the scope of this one, and uses the language meanwhile.
+void UseTheLanguageInAScope(bool hasNoLocaleWithin) {
+    t_hasNoLocale = true;
+    int status = -1;
+    VELSysCLocale::ThreadLC scope(LC_NUMERIC, TestLocales::French, &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_FALSE(VELSysCLocaleIsPerThread()) << "it has the process's";
+    std::atomic<bool> isDeciding = false;
+    const std::jthread other([&] {
+        isDeciding = true;
+        EXPECT_EQ(InitNLSCore("Japanese", true), 4);
+        EXPECT_EQ(InitNLSCore(nullptr, true), 4);
+    });
+    while (!isDeciding) {
+        std::this_thread::yield();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    t_hasNoLocale = hasNoLocaleWithin;
+    UseTheLanguage();
+    {
+        const VELSysCLocale::ThreadLC inner(LC_TIME, TestLocales::English, &status);
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(VELSysCLocaleIsPerThread(), !hasNoLocaleWithin);
+        UseTheLanguage();
+    }
+    scope.Reset();
+    t_hasNoLocale = false;
+}
+
+} // namespace
+
+CHILD_PROGRAM(UsesTheLanguageInScopes) {
+    LanguageChild::BeginChild();
+    for (int i = 0; i < Scopes; ++i) {
+        DeInitNLSCore(0);
+        UseTheLanguageInAScope(i % 2 == 0);
+    }
+    LanguageChild::Report(testing::Test::HasFailure() ? "failed" : "done");
+    return 0;
+}
+
+TEST(LanguageScope, DoesNotWaitForADecisionThatWaitsForIt) {
+    const LanguageChild::Outcome outcome = LanguageChild::Run(
+        "UsesTheLanguageInScopes", {.lang = "de_DE.ISO-8859-1", .table = LanguageChild::Table(LanguageChild::Rows)});
+    EXPECT_EQ(outcome.exitCode, 0) << "signal " << outcome.signal << '\n' << outcome.err;
+    ASSERT_FALSE(outcome.report.empty()) << outcome.out;
+    EXPECT_EQ(outcome.report.back(), "done") << outcome.out;
 }

@@ -33,4 +33,6 @@ add_custom_target(qor_test_locales DEPENDS ${compiled})
 # A locale's name need not name its code set as the table does. In LANG, a name with a semicolon is one locale for the
 # C library, and for the C++ library a broken list of categories.
 file(CREATE_LINK ${QOR_TEST_LOCALES}/de_DE.ISO-8859-1 "${QOR_TEST_LOCALES}/de_DE;comma" SYMBOLIC)
+file(CREATE_LINK ${QOR_TEST_LOCALES}/middle_dot.UTF-8 "${QOR_TEST_LOCALES}/middle_dot;utf8" SYMBOLIC)
+file(CREATE_LINK ${QOR_TEST_LOCALES}/middle_dot.ISO-8859-1 "${QOR_TEST_LOCALES}/middle_dot;latin1" SYMBOLIC)
 file(CREATE_LINK ${QOR_TEST_LOCALES}/ja_JP.SHIFT_JIS ${QOR_TEST_LOCALES}/ja_JP.SJIS SYMBOLIC)
