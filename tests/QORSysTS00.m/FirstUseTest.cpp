@@ -187,7 +187,7 @@ TEST_P(FirstUseWithoutAHook, ConvertsRightlyForTheLanguageItHas) {
 }
 
 TEST(FirstUseWithoutAHookInUTF8, TheConverterIsTheRecords) {
-    for (const char* const act : {"text", "units", "converter", "query", "session"}) {
+    for (const char* const act : {"text", "units", "converter", "query", "session", "table", "detect"}) {
         for (const int threads : {1, Threads}) {
             const Outcome outcome = LanguageChild::Run(
                 "FillsThePlacesFirst",
