@@ -126,6 +126,7 @@ private:
 
     QORSYSTS_PRIVATE int _CPtoUC2(const char*& src, int& srcLength, unsigned short* dst, int& dstLength) const;
     QORSYSTS_PRIVATE int _UC2toCP(const unsigned short* src, int length, char* dst, int* written) const;
+    QORSYSTS_PRIVATE bool _IsLatin1() const;
     QORSYSTS_PRIVATE int _CPtoUC2InSight(const char*& src, int srcLength, unsigned short* dst) const;
 
     QORSYSTS_PRIVATE int _CPtoUC2ByIdentity(const char*& src, int& srcLength, unsigned short* dst,

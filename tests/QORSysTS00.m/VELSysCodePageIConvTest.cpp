@@ -171,6 +171,27 @@ TEST_P(CodePage, PutsAQuestionMarkForEachUnitWithoutAPlace) {
     EXPECT_EQ(ConvertBack({'a', 0xD83D}), "a?") << "at the end, too";
 }
 
+TEST_P(CodePage, GivesWhatIconvGivesAroundAUnitThatBreaksARun) {
+    const Units breaks[] = {{0x100},          {0x20AC},         {0xD800}, {0xDC00},
+                            {0xD83D, 0xDE00}, {0xDB40, 0xDC41}, {0xFEFF}, {0x3042}};
+    for (std::size_t length = 1; length <= 50; ++length) {
+        Units run(length);
+        for (std::size_t i = 0; i < length; ++i) {
+            run[i] = static_cast<unsigned short>(i * 37 % 0x100);
+        }
+        ASSERT_EQ(ConvertBack(run), plain->FromUTF16(run)) << length;
+        std::string bytes(run.begin(), run.end());
+        ASSERT_NO_FATAL_FAILURE(Compare(bytes));
+        for (std::size_t at = 0; at <= length; ++at) {
+            const Units& piece = breaks[(length + at) % std::size(breaks)];
+            Units text(run);
+            text.insert(text.begin() + static_cast<std::ptrdiff_t>(at), piece.begin(), piece.end());
+            ASSERT_EQ(ConvertBack(text), plain->FromUTF16(text)) << length << " " << at;
+        }
+    }
+    ExpectMessages();
+}
+
 TEST_P(CodePage, TakesEachByteInTurnWhateverItIs) {
     std::mt19937 random(2);
     for (int round = 0; round < 300; ++round) {

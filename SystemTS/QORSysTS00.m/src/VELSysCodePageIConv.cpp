@@ -1,5 +1,6 @@
 // The `iconv` way of the code pages.
 
+#include "Latin1.h"
 #include "PrintAndFlush.h"
 #include "VELSysCLocale.h"
 #include "VELSysCodePage.h"
@@ -9,6 +10,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
 
 using VEL::internal::PrintAndFlush;
@@ -117,6 +119,10 @@ bool PassOver(Conversion& text, const char* locale, std::mbstate_t& state) {
 
 } // namespace
 
+bool VELSysCodePage::_IsLatin1() const {
+    return _name != nullptr && std::strcmp(_name, VEL::internal::Latin1Name) == 0;
+}
+
 int VELSysCodePage::_CPtoUC2(const char*& src, int& srcLength, unsigned short* dst, int& dstLength) const {
     const iconv_t descriptor = VELSysIConvTSWrap::GetIConvDesc(_toUTF16Descriptor);
     if (descriptor == NoDescriptor) {
@@ -125,6 +131,14 @@ int VELSysCodePage::_CPtoUC2(const char*& src, int& srcLength, unsigned short* d
     // 0 is "not given" as to the report, too: deliberately other than a negative one.
     const bool hasRoomGiven = dstLength != 0;
     const auto room = static_cast<std::size_t>(dstLength < 1 ? srcLength : dstLength);
+    if (_IsLatin1()) {
+        // As `iconv` does it: no byte is damaged.
+        dstLength = static_cast<int>(std::min(room, static_cast<std::size_t>(srcLength)));
+        VEL::internal::WidenLatin1(src, static_cast<std::size_t>(dstLength), dst);
+        src += dstLength;
+        srcLength -= dstLength;
+        return dstLength;
+    }
     Conversion text(descriptor, src, static_cast<std::size_t>(srcLength), dst, room * UnitSize);
     // One state for all that a conversion passes over, and none beyond it, so that threads don't meet in it.
     std::mbstate_t state{};
@@ -147,7 +161,10 @@ int VELSysCodePage::_UC2toCP(const unsigned short* src, int length, char* dst, i
     }
     const auto units = static_cast<std::size_t>(length);
     // No more than the answer can tell.
-    Conversion text(descriptor, src, units * UnitSize, dst, std::min<std::size_t>(units * BytesPerUnit, INT_MAX));
+    const std::size_t room = std::min<std::size_t>(units * BytesPerUnit, INT_MAX);
+    // As `iconv` does it, up to the first unit that the code page doesn't have.
+    const std::size_t plain = _IsLatin1() ? VEL::internal::NarrowLatin1(src, units, dst) : 0;
+    Conversion text(descriptor, src + plain, (units - plain) * UnitSize, dst + plain, room - plain);
     while (text.InLeft() > 0) {
         const std::size_t result = text.Run();
         if (result == 0) {
@@ -178,6 +195,10 @@ int VELSysCodePage::_CPtoUC2InSight(const char*& src, int srcLength, unsigned sh
     const iconv_t descriptor = VELSysIConvTSWrap::GetIConvDesc(_toUTF16Descriptor);
     if (descriptor == NoDescriptor) {
         return 0;
+    }
+    if (_IsLatin1()) {
+        *dst = static_cast<unsigned char>(*src++);
+        return 1;
     }
     const int seen = std::min(srcLength, Sight);
     for (std::size_t room = 1; room <= 2; ++room) {
