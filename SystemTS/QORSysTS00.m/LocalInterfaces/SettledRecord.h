@@ -52,6 +52,17 @@ public:
         return _version.load(std::memory_order_relaxed) == version;
     }
 
+    /// Read() of the one word at `offset`.
+    bool ReadWord(std::size_t offset, unsigned long& word) const {
+        const unsigned long version = _version.load(std::memory_order_acquire);
+        if (!IsHeld(version)) {
+            return false;
+        }
+        // Acquire: as above.
+        word = _words[offset / sizeof word].load(std::memory_order_acquire);
+        return _version.load(std::memory_order_relaxed) == version;
+    }
+
 private:
     static constexpr std::size_t Words = sizeof(Record) / sizeof(unsigned long);
 

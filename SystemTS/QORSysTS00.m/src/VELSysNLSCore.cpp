@@ -11,6 +11,7 @@
 #include "VELSysStatus.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <iterator>
 #include <memory>
@@ -361,9 +362,11 @@ char* VELSysCLocaleEnvironGet(char* out) {
 }
 
 long VELGetMultiByteCharMaxSize() {
-    VELSysNLSEnv env;
-    GetEnvNLSData(&env);
-    return env.maxCharSize;
+    unsigned long size = 0;
+    if (!VEL::internal::IsDecisionDue() && s_settled.ReadWord(offsetof(VELSysNLSEnv, maxCharSize), size)) {
+        return static_cast<long>(size);
+    }
+    return Query([](const VELSysNLS& nls) { return nls.maxCharSize; });
 }
 
 char* VELSysCLocale::GetLocaleStringFromLangString(const char* langString, char* out, unsigned int size) {
