@@ -6,6 +6,7 @@
 #include "QORResourceLock.h"
 #include "VELSysNLSCore.h"
 
+#include <memory>
 #include <set>
 #include <string>
 
@@ -65,6 +66,13 @@ const char* TranslateLangString(const char* langString, const std::string& envir
 /// Takes over what follows from the locale `name`, which the C library has accepted; null when it has accepted none.
 /// The caller holds the write side.
 void AdoptLocale(VELSysNLS& nls, const char* name);
+
+/// Keeps the language in which the process is to run, null for the environment's. The session asks for it.
+void KeepPreferredLanguage(const char* language);
+/// A copy of it, null for none.
+std::unique_ptr<char[]> PreferredLanguage();
+/// Makes the state. Loading asks for it.
+void PrepareNLSCore();
 
 /// One side of a resource lock, held.
 class ReadGuard {

@@ -4,7 +4,6 @@
 #include "LanguageTable.h"
 #include "NLSTrace.h"
 #include "SettledRecord.h"
-#include "UpwardCalls.h"
 #include "VELDebugBreak.h"
 #include "VELSysCLocale.h"
 #include "VELSysNLS.h"
