@@ -55,16 +55,19 @@ static_assert(offsetof(VELSysNLSNode, next) == sizeof(VELSysNLSEntry));
 /// Whether a row is wanted: anything but 0.
 using VELSysNLSPredicate = int (*)(const VELSysNLSEntry& row, void* argument);
 
-/// Which rows GetNLSInformationA() finds; its mode says by which of the two ways.
+/// The two ways in which GetNLSInformationA() takes its filter.
+enum VELSysNLSFilterMode : char { VELSysNLSByPattern = 0, VELSysNLSByPredicate = 1 };
+
+/// Which rows GetNLSInformationA() finds.
 struct VELSysNLSFilter {
     union {
-        /// Mode 0. A non-empty `language` or `codePage` must equal the row's; a non-empty `langString` must contain
+        /// VELSysNLSByPattern: a non-empty `language` or `codePage` must equal the row's; a non-empty `langString` must contain
         /// the row's; `alias` isn't looked at.
         const VELSysNLSEntry* pattern;
-        /// Mode 1.
+        /// VELSysNLSByPredicate.
         VELSysNLSPredicate predicate;
     };
-    /// Passed to the predicate; not read in mode 0.
+    /// Passed to the predicate; a pattern needs none, and it isn't read then.
     void* argument;
 };
 
@@ -104,7 +107,7 @@ QORSYSTS_EXPORT int DeInitNLSCore(int reserved);
 QORSYSTS_EXPORT int GetEnvNLSData(VELSysNLSEnv* env);
 
 /// Finds rows of the language table, which is read for it, in the order of the file.
-/// @param mode   0 or 1, see VELSysNLSFilter.
+/// @param mode   Of VELSysNLSFilterMode.
 /// @param count  In: how many rows `list` may receive. Out: how many there are, which may be more.
 /// @param list   Receives the rows as a list that the caller owns; null only counts. Left alone when there is none.
 /// @return 0; VEL::StatusBadArgument for another mode; VEL::StatusUnexpected when the table can't be had or is empty;

@@ -1,7 +1,7 @@
 # C locales of threads. What the C library is asked, the tests record, and let fail on demand.
 include(TestLocales.cmake)
 set(locale_calls
-  uselocale newlocale duplocale freelocale setlocale localeconv nl_langinfo nl_langinfo_l swprintf
+  uselocale newlocale duplocale freelocale setlocale localeconv nl_langinfo nl_langinfo_l strerror swprintf
   _ZN15QORResourceLock9WriteLockEv _ZN15QORResourceLock11WriteUnlockEv _Z23VELSysCLocaleEnvironGetPc
   _Z51VELSysNeutralCoreApplicationGetEnvironmentVariableAPKc _ZnamRKSt9nothrow_t _ZdaPv)
 

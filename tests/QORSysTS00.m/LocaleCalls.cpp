@@ -215,6 +215,12 @@ char* __wrap_nl_langinfo_l(nl_item item, locale_t locale) {
     return answer != t_state.answers.end() ? const_cast<char*>(answer->second) : __real_nl_langinfo_l(item, locale);
 }
 
+char* __real_strerror(int error);
+char* __wrap_strerror(int error) {
+    Note("strerror");
+    return __real_strerror(error);
+}
+
 int __wrap_swprintf(wchar_t* text, std::size_t length, const wchar_t* format, ...) {
     if (Fails("swprintf")) {
         return -1;

@@ -59,7 +59,7 @@ TEST_F(LocaleFallback, SetsTheProcesssUnderTheLock) {
     int status = Untouched;
     ThreadLC scope(LC_NUMERIC, TestLocales::German, &status);
     EXPECT_EQ(status, VEL::StatusOk);
-    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "WriteLock", "setlocale 1 ?", "new",
+    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "strerror", "WriteLock", "setlocale 1 ?", "new",
                                    "setlocale 1 de_DE.ISO-8859-1"));
     const ScopeFields fields = FieldsOf(scope);
     EXPECT_STREQ(fields.savedName, "C");
@@ -85,7 +85,7 @@ TEST_F(LocaleFallback, KeepsTheLockWhereNothingHasToChange) {
     {
         const ThreadLC scope(LC_ALL, "C", &status);
         EXPECT_EQ(status, VEL::StatusNote);
-        EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "WriteLock", "setlocale 6 ?"));
+        EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "strerror", "WriteLock", "setlocale 6 ?"));
         EXPECT_EQ(FieldsOf(scope).savedName, nullptr);
         EXPECT_EQ(FieldsOf(scope).flags, 2 | 4);
         EXPECT_TRUE(IsLockHeld());
@@ -135,8 +135,8 @@ TEST_F(LocaleFallback, ThatIsRefusedLeavesNothing) {
     int status = Untouched;
     ThreadLC scope(LC_ALL, "nowhere", &status);
     EXPECT_EQ(status, VEL::StatusBadArgument);
-    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all nowhere", "WriteLock", "setlocale 6 ?", "new",
-                                   "setlocale 6 nowhere", "WriteUnlock"));
+    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all nowhere", "strerror", "WriteLock", "setlocale 6 ?",
+                                   "new", "setlocale 6 nowhere", "WriteUnlock"));
     EXPECT_EQ(FieldsOf(scope).flags, 0);
     EXPECT_EQ(FieldsOf(scope).savedName, nullptr);
     EXPECT_EQ(BlocksHeld(), 0);
@@ -150,7 +150,8 @@ TEST_F(LocaleFallback, FailsWhereThePresentLocaleCannotBeHad) {
     int status = Untouched;
     const ThreadLC scope(42, "C", &status);
     EXPECT_EQ(status, VEL::StatusFailure);
-    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "WriteLock", "setlocale 42 ?", "WriteUnlock"));
+    EXPECT_THAT(
+        Log(), ElementsAre("uselocale ?", "newlocale all C", "strerror", "WriteLock", "setlocale 42 ?", "WriteUnlock"));
     EXPECT_EQ(FieldsOf(scope).flags, 0);
     EXPECT_FALSE(IsLockHeld());
 }
@@ -162,8 +163,8 @@ TEST_F(LocaleFallback, FailsWhereThePresentLocaleCannotBeKept) {
     // Refused for the thread, too.
     const ThreadLC scope(LC_ALL, name.c_str(), &status);
     EXPECT_EQ(status, VEL::StatusFailure);
-    EXPECT_THAT(
-        Log(), ElementsAre("uselocale ?", "newlocale all " + name, "WriteLock", "setlocale 6 ?", "new", "WriteUnlock"));
+    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all " + name, "strerror", "WriteLock", "setlocale 6 ?",
+                                   "new", "WriteUnlock"));
     EXPECT_EQ(FieldsOf(scope).flags, 0);
     EXPECT_FALSE(IsLockHeld());
 }
@@ -171,15 +172,15 @@ TEST_F(LocaleFallback, FailsWhereThePresentLocaleCannotBeKept) {
 TEST_F(LocaleFallback, FreesTheBaseOfARefusedCategory) {
     Fail("newlocale", EINVAL, 2);
     const ThreadLC scope(LC_TIME, "C", nullptr);
-    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "newlocale 4 C", "freelocale", "WriteLock",
-                                   "setlocale 2 ?"));
+    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "newlocale 4 C", "freelocale", "strerror",
+                                   "WriteLock", "setlocale 2 ?"));
 }
 
 TEST_F(LocaleFallback, FreesALocaleThatTheThreadRefuses) {
     Fail("uselocale", EINVAL);
     const ThreadLC scope(LC_ALL, "C", nullptr);
-    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "uselocale own", "freelocale", "WriteLock",
-                                   "setlocale 6 ?"));
+    EXPECT_THAT(Log(), ElementsAre("uselocale ?", "newlocale all C", "uselocale own", "freelocale", "strerror",
+                                   "WriteLock", "setlocale 6 ?"));
     EXPECT_EQ(uselocale(nullptr), LC_GLOBAL_LOCALE);
 }
 

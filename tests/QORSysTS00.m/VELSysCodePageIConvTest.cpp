@@ -35,6 +35,7 @@ class CodePage : public testing::TestWithParam<Subject> {
 protected:
     void SetUp() override {
         if (!CodePageOracle::IsKnown(GetParam().codePage)) {
+            ASSERT_TRUE(CodePageOracle::MayBeMissing(GetParam().codePage)) << GetParam().codePage;
             GTEST_SKIP() << "this C library has no " << GetParam().codePage;
         }
         setenv("LOCPATH", QOR_TEST_LOCALES, 1);

@@ -22,8 +22,6 @@ using IConvCalls::Opens;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {} // namespace
-
 TEST(IConvEnd, ClosesEachDescriptorOnceInTheOrderOfOpening) {
     const IConvDesc_t first = HandleOf("UTF-16LE", "ISO-8859-1");
     const IConvDesc_t second = HandleOf("UTF-16LE", "ISO-8859-2");

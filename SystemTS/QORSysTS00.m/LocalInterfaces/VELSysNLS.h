@@ -43,6 +43,8 @@ public:
     std::set<std::string> languages;
 
 private:
+    struct Layout;
+
     VELSysNLS() = default;
 };
 

@@ -49,14 +49,16 @@ File OpenForReading(const char* name) {
         return nullptr;
     }
     struct stat64 status;
-    if (fstat64(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
-        if (std::FILE* const file = fdopen(descriptor, "r")) {
-            return File(file);
-        }
+    if (fstat64(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(descriptor);
+        // It is there, and is empty: a pipe may have nothing to say, and a device no end.
+        return File(std::fopen("/dev/null", "re"));
     }
-    close(descriptor);
-    // Anything else is there, and is empty: a pipe may have nothing to say, and a device no end.
-    return File(std::fopen("/dev/null", "re"));
+    std::FILE* const file = fdopen(descriptor, "r");
+    if (file == nullptr) {
+        close(descriptor);
+    }
+    return File(file);
 }
 
 File OpenIn(const Place& place) {

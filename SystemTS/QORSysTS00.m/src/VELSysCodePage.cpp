@@ -9,12 +9,10 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdarg>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 #include <utility>
 
 using namespace VEL::UCS::internal;
@@ -69,12 +67,8 @@ char* NewLocaleBuffer() {
     return locale;
 }
 
-/// Without memory the locale stays as it was.
 void FillLocale(char* locale, const char* langString) {
-    try {
-        VELSysCLocale::GetLocaleStringFromLangString(langString, locale, LocaleSize);
-    } catch (const std::bad_alloc&) {
-    }
+    VELSysCLocale::GetLocaleStringFromLangString(langString, locale, LocaleSize);
     locale[LocaleSize - 1] = '\0';
 }
 
@@ -87,10 +81,9 @@ void FillLocaleFromTable(char* locale, char* codePage) {
     VELSysNLSFilter filter{};
     filter.predicate = HasCodePage;
     filter.argument = codePage;
-    constexpr char ByPredicate = 1;
     int count = 1;
     VELSysNLSNode* rows = nullptr;
-    GetNLSInformationA(filter, ByPredicate, count, &rows);
+    GetNLSInformationA(filter, VELSysNLSByPredicate, count, &rows);
     if (rows != nullptr) {
         FillLocale(locale, rows->entry.langString.c_str());
     }

@@ -1,6 +1,7 @@
 // The `iconv` way of the code pages.
 
 #include "Latin1.h"
+#include "NoDescriptor.h"
 #include "PrintAndFlush.h"
 #include "VELSysCLocale.h"
 #include "VELSysCodePage.h"
@@ -13,11 +14,11 @@
 #include <cstring>
 #include <cwchar>
 
+using VEL::internal::NoDescriptor;
 using VEL::internal::PrintAndFlush;
 
 namespace {
 
-const auto NoDescriptor = reinterpret_cast<iconv_t>(-1);
 constexpr auto Failed = static_cast<std::size_t>(-1);
 
 constexpr std::size_t UnitSize = sizeof(unsigned short);

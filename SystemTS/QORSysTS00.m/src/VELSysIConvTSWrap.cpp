@@ -1,6 +1,7 @@
 #include "VELSysIConvTSWrap.h"
 
 #include "DuplicateText.h"
+#include "NoDescriptor.h"
 #include "PrintAndFlush.h"
 #include "TestHarness.h"
 #include "VELSysStatus.h"
@@ -17,12 +18,10 @@
 
 using VEL::internal::DuplicateText;
 using VEL::internal::IsInRTX;
+using VEL::internal::NoDescriptor;
 using Lock = VEL::internal::WithdrawableMutex::Lock;
 
 namespace {
-
-/// How `iconv_open` says that there is none.
-const auto NoDescriptor = reinterpret_cast<iconv_t>(-1);
 
 /// The two code sets of a conversion.
 struct CodeSets {
@@ -165,7 +164,7 @@ void CloseBoth(iconv_t forward, iconv_t backward) {
 iconv_t OpenDescriptors(CacheEntry& entry, const CodeSets& codeSets, IConvDesc_t handle) {
     const iconv_t forward = iconv_open(codeSets.second.get(), codeSets.first.get());
     const iconv_t backward = iconv_open(codeSets.first.get(), codeSets.second.get());
-    const bool hasFailed = forward == NoDescriptor || backward == NoDescriptor;
+    iconv_t descriptor = NoDescriptor;
     {
         const Lock lock(s_mutex);
         if (HasEnded()) {
@@ -174,14 +173,14 @@ iconv_t OpenDescriptors(CacheEntry& entry, const CodeSets& codeSets, IConvDesc_t
         }
         entry.forward = forward;
         entry.backward = backward;
-        entry.hasFailed = hasFailed;
+        entry.hasFailed = forward == NoDescriptor || backward == NoDescriptor;
+        descriptor = entry.DescriptorOf(handle);
     }
-    if (hasFailed) {
+    if (descriptor == NoDescriptor) {
         TellHarness(stderr, "[VELSysIConvTSWrap] failed to initialize converters for conversion %s <-> %s\n",
                     codeSets.first.get(), codeSets.second.get());
-        return NoDescriptor;
     }
-    return (handle & 1) == 0 ? forward : backward;
+    return descriptor;
 }
 
 /// Gives the calling thread what it doesn't have yet. Kept out of line: the way to a hit saves no registers for it.

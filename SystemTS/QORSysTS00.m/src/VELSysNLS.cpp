@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstring>
 
 namespace {
@@ -20,6 +21,23 @@ void CopyIfItFits(Character (&target)[N], const std::basic_string<Character>& te
 }
 
 } // namespace
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+struct VELSysNLS::Layout {
+    static_assert(offsetof(VELSysNLS, lock) == 0 && offsetof(VELSysNLS, language) == sizeof(QORResourceLock));
+    static_assert(offsetof(VELSysNLS, alias) == offsetof(VELSysNLS, language) + sizeof language);
+    static_assert(offsetof(VELSysNLS, environmentLanguage) == offsetof(VELSysNLS, alias) + sizeof alias);
+    static_assert(offsetof(VELSysNLS, langString) ==
+                  offsetof(VELSysNLS, environmentLanguage) + sizeof environmentLanguage);
+    static_assert(offsetof(VELSysNLS, codePage) == offsetof(VELSysNLS, langString) + sizeof langString);
+    static_assert(offsetof(VELSysNLS, acceptedLocale) == offsetof(VELSysNLS, codePage) + sizeof codePage);
+    static_assert(offsetof(VELSysNLS, decimalPoint) == offsetof(VELSysNLS, acceptedLocale) + sizeof acceptedLocale);
+    static_assert(offsetof(VELSysNLS, maxCharSize) == offsetof(VELSysNLS, decimalPoint) + sizeof decimalPoint);
+    static_assert(offsetof(VELSysNLS, reserved) == offsetof(VELSysNLS, maxCharSize) + sizeof maxCharSize);
+    static_assert(offsetof(VELSysNLS, languages) == offsetof(VELSysNLS, reserved) + sizeof reserved);
+};
+#pragma GCC diagnostic pop
 
 VELSysNLS& VELSysNLS::Instance() {
     static VELSysNLS instance;

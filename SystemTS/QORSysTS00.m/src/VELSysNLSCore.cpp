@@ -35,9 +35,6 @@ enum InitResult : int {
     DecisionIsMade = 4,
 };
 
-/// The modes of GetNLSInformationA().
-enum FilterMode : unsigned char { ByPattern = 0, ByPredicate = 1 };
-
 using Hook = void (*)(const VELSysNLSEnv&);
 
 // All of these are guarded by the lock of the language core, the first also between a request and its nested ones.
@@ -295,19 +292,19 @@ int GetEnvNLSData(VELSysNLSEnv* env) {
 
 int GetNLSInformationA(VELSysNLSFilter filter, char mode, int& count, VELSysNLSNode** list) {
     const int room = std::exchange(count, 0);
-    const auto kind = static_cast<unsigned char>(mode);
-    if (kind > ByPredicate) {
+    if (mode != VELSysNLSByPattern && mode != VELSysNLSByPredicate) {
         return VEL::StatusBadArgument;
     }
+    const bool isByPattern = mode == VELSysNLSByPattern;
     const LanguageTableUse table;
     if (table.Rows().empty()) {
         return VEL::StatusUnexpected;
     }
-    if (kind == ByPattern ? filter.pattern == nullptr : filter.predicate == nullptr) {
+    if (isByPattern ? filter.pattern == nullptr : filter.predicate == nullptr) {
         return VEL::StatusFailure;
     }
     const auto isWanted = [&](const VELSysNLSEntry& row) {
-        return kind == ByPattern ? Matches(row, *filter.pattern) : filter.predicate(row, filter.argument) != 0;
+        return isByPattern ? Matches(row, *filter.pattern) : filter.predicate(row, filter.argument) != 0;
     };
     try {
         FindRows(table.Rows(), isWanted, room, count, list);
