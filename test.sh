@@ -2,7 +2,8 @@
 # Builds the tree and runs its tests.
 #   ./test.sh [-R REGEX]           all tests, or those whose names match
 #   ./test.sh asan [-R REGEX]      the same under AddressSanitizer and UndefinedBehaviorSanitizer, with the leak check
-#   ./test.sh tsan [-R REGEX]      the same under ThreadSanitizer
+#   ./test.sh tsan [-R REGEX]      the same under ThreadSanitizer; in both, names are those of test programs, each of
+#                                  which runs its tests in processes of their own
 #   ./test.sh languages [-R REGEX] the tests in Latin-1 and in Shift-JIS; alone they run in UTF-8, under asan in Shift-JIS,
 #                                  under tsan in Latin-1
 #   ./test.sh fuzz [-R REGEX]      every fuzz target for FUZZ_SECONDS (30) seconds over a copy of its kept corpus
@@ -67,6 +68,10 @@ run_tests() {
     export LANG=$language LOCPATH=$root/$1/test-locales
     "${wrap[@]}" ctest --test-dir "$root/$1" -j"$jobs" --output-on-failure --no-tests=error "${filter[@]}" \
         </dev/null 2>&1 | thin 25 || status=$?
+    # Programs that make the processes of their tests themselves count them.
+    awk '/^[0-9]+ tests, [0-9]+ failed, [0-9]+ skipped$/ { ++programs; tests += $1; failed += $3; skipped += $5 }
+        END { if (programs) print programs " programs with " tests " tests, " failed " failed, " skipped " skipped" }' \
+        "$root/$1/Testing/Temporary/LastTest.log"
     return $status
 }
 

@@ -24,8 +24,3 @@ qor_add_test(SetFamilyTest
   SOURCES ArrayAllocations.cpp NodeAllocations.cpp SetFamilyTest.cpp
   LINK QORSysTS_static
   ONE_THREAD)
-
-# Each test exists once per container or engine: without optimisation they compile in a fifth of the time.
-target_compile_options(QORSysTSLinkedAbstractCtnrTest PRIVATE -O0)
-target_compile_options(ListFamilyTest PRIVATE -O0)
-target_compile_options(SetFamilyTest PRIVATE -O0)

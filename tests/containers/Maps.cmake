@@ -14,5 +14,3 @@ qor_add_test(MapFamilyTest
 qor_wrap(MapFamilyTest
   _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev
   _ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj)
-# Each test exists once per map: without optimisation they compile in a fifth of the time.
-target_compile_options(MapFamilyTest PRIVATE -O0)

@@ -19,6 +19,3 @@ qor_wrap(VectorFamilyTest
   _Z13GetEnvNLSDataP12VELSysNLSEnv _Z21RegisterNLSChangeHookPFvRK12VELSysNLSEnvE _Z26VELGetMultiByteCharMaxSizev
   _ZN13VELSysCLocale29GetLocaleStringFromLangStringEPKcPcj
   qsort)
-# Each test exists once per container or engine: without optimisation they compile in a fifth of the time.
-target_compile_options(QORSysTSArrayListAbstractCtnrTest PRIVATE -O0)
-target_compile_options(VectorFamilyTest PRIVATE -O0)

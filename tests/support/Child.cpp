@@ -1,5 +1,7 @@
 #include "Child.h"
 
+#include "ProcessPerTest.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -19,6 +21,7 @@ extern char** environ;
 namespace {
 
 constexpr const char* ChildSwitch = "--child-program";
+constexpr const char* ProcessPerTestSwitch = "--process-per-test";
 
 std::map<std::string, ChildProgram>& Programs() {
     static std::map<std::string, ChildProgram> programs;
@@ -153,5 +156,8 @@ int main(int argc, char** argv) {
         return program != Programs().end() ? program->second({argv + 3, argv + argc}) : 125;
     }
     testing::InitGoogleMock(&argc, argv);
+    if (argc == 2 && std::strcmp(argv[1], ProcessPerTestSwitch) == 0) {
+        return RunEachTestInItsOwnProcess();
+    }
     return RUN_ALL_TESTS();
 }
