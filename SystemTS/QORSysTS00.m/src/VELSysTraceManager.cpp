@@ -1,0 +1,347 @@
+#include "VELSysTraceManager.h"
+
+#include "HeapMemory.h"
+#include "TraceConfiguration.h"
+#include "TraceManagerLock.h"
+#include "VELSysCodePage.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <pthread.h>
+#include <utility>
+#include <vector>
+
+using VEL::internal::TraceManagerLock;
+
+namespace {
+
+constexpr const char* CommonName = "COMMON";
+constexpr const char* CommonDestination = "STDOUT_COMMON";
+
+/// Guards the two pointers, and keeps the manager while it is used: its own mutex goes with it. Recursive, since what
+/// the table is built from may trace. Never destroyed.
+constinit pthread_mutex_t s_guard = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
+/// The manager in use.
+constinit VELSysTraceManagerBase* s_manager = nullptr;
+/// The one to delete.
+constinit VELSysTraceManagerBase* s_owned = nullptr;
+
+/// The traces that are bound to destinations of the manager; never destroyed. Under the guard.
+std::vector<VELSysQORTrace*>& BoundTraces() {
+    static auto& traces = *new std::vector<VELSysQORTrace*>;
+    return traces;
+}
+
+/// @return False without memory.
+bool Remember(VELSysQORTrace* trace) {
+    auto& traces = BoundTraces();
+    if (std::find(traces.begin(), traces.end(), trace) != traces.end()) {
+        return true;
+    }
+    try {
+        traces.push_back(trace);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+/// The table of a manager as what the configuration is written to.
+struct VEL::internal::TraceTable {
+    static int AddTrace(int kind, const char* destination, const char* name, void* manager) {
+        return static_cast<VELSysTraceManagerBase*>(manager)->_AddTrace(kind, destination, name);
+    }
+    static int AddOption(const char* destination, int option, int value, void* manager) {
+        return static_cast<VELSysTraceManagerBase*>(manager)->_AddOption(destination, option, value);
+    }
+};
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+struct VELSysTraceManagerBase::Layout {
+    static_assert(offsetof(VELSysTraceManagerBase, _slotCount) == 8 && offsetof(VELSysTraceManagerBase, _slots) == 16);
+    static_assert(offsetof(VELSysTraceManagerBase, _mutex) == 24);
+    static_assert(offsetof(VELSysTraceManagerBase, _message) == 24 + sizeof(QORMutex));
+    static_assert(sizeof(VELSysTraceManager) == sizeof(VELSysTraceManagerBase));
+};
+#pragma GCC diagnostic pop
+
+VEL::internal::TraceManagerLock::TraceManagerLock() {
+    pthread_mutex_lock(&s_guard);
+    _manager = s_manager;
+    if (_manager != nullptr) {
+        _manager->_mutex.Lock();
+    }
+}
+
+VEL::internal::TraceManagerLock::~TraceManagerLock() {
+    if (_manager != nullptr) {
+        _manager->_mutex.Unlock();
+    }
+    pthread_mutex_unlock(&s_guard);
+}
+
+VELSysTraceManagerBase::VELSysTraceManagerBase() = default;
+
+VELSysTraceManagerBase::~VELSysTraceManagerBase() {
+    _mutex.Lock();
+    for (int i = _slotCount; i-- > 0;) {
+        delete _slots[i];
+    }
+    delete[] _slots;
+    _mutex.Unlock();
+}
+
+VELSysTraceManager::~VELSysTraceManager() = default;
+
+int VELSysTraceManagerBase::_BuildTable(const char* options) {
+    if (_slots != nullptr) {
+        return 0;
+    }
+    _slots = new (std::nothrow) VELSysTraceObjBase*[Slots]();
+    if (_slots == nullptr) {
+        return -1;
+    }
+    _slotCount = Slots;
+    _AddTrace(VELSysTraceKindStream, CommonDestination, CommonName);
+    const VEL::internal::TraceSink sink{VEL::internal::TraceTable::AddTrace, VEL::internal::TraceTable::AddOption,
+                                        this};
+    // The first source that works.
+    if (VEL::internal::ApplyTraceLine(options, sink) != 0 && VEL::internal::ApplyTraceVariable(sink) != 0) {
+        VEL::internal::ApplyTraceOptionFiles(sink);
+    }
+    return _OpenAll();
+}
+
+/// Opens the destinations that aren't open. @return -1 when one of them can't be opened.
+int VELSysTraceManagerBase::_OpenAll() {
+    int result = 0;
+    for (int i = _slotCount; i-- > 0;) {
+        VELSysTraceObjBase* const destination = _slots[i];
+        if (destination == nullptr || destination->_isOpen) {
+            continue;
+        }
+        if (destination->Open() == 0) {
+            destination->_isOpen = true;
+        } else {
+            result = -1;
+        }
+    }
+    return result;
+}
+
+int VELSysTraceManagerBase::_AddTrace(int kind, const char* destination, const char* name) {
+    if (destination == nullptr) {
+        return -1;
+    }
+    int slot = _slotCount - 1;
+    for (; slot >= 0 && _slots[slot] != nullptr; --slot) {
+        if (std::strcmp(_slots[slot]->_destination, destination) == 0) {
+            return _slots[slot]->_AddName(name);
+        }
+        if (name != nullptr && _slots[slot]->_FindName(name) != nullptr) {
+            return -1;
+        }
+    }
+    if (slot < 0 || std::strlen(destination) >= VELSysTraceObjBase::NameSize) {
+        return -1;
+    }
+    VELSysTraceObjBase* made = nullptr;
+    if (kind == VELSysTraceKindSystem) {
+        made = new (std::nothrow) VELSysTraceSystemObj;
+    } else {
+        made = new (std::nothrow) VELSysTraceStreamObj;
+    }
+    if (made == nullptr) {
+        return -1;
+    }
+    made->_kind = kind == VELSysTraceKindSystem ? VELSysTraceKindSystem : VELSysTraceKindStream;
+    std::strcpy(made->_destination, destination);
+    _slots[slot] = made;
+    made->_isActive = true;
+    made->_isEnabled = true;
+    return name != nullptr && *name != '\0' ? made->_AddName(name) : 0;
+}
+
+int VELSysTraceManagerBase::_AddStreamTrace(const char* destination, const char* name, unsigned long rotateCount,
+                                            unsigned long rotateSize) {
+    if (_AddTrace(VELSysTraceKindStream, destination, name) != 0) {
+        return -1;
+    }
+    if (rotateCount != 0 && rotateSize != 0) {
+        VELSysTraceObjBase* const found = _Find(destination);
+        found->_rotateCount = rotateCount;
+        found->_rotateSize = rotateSize;
+    }
+    return _OpenAll();
+}
+
+VELSysTraceObjBase* VELSysTraceManagerBase::_Find(const char* destination) const {
+    for (int i = _slotCount; destination != nullptr && i-- > 0;) {
+        if (_slots[i] != nullptr && std::strcmp(_slots[i]->_destination, destination) == 0) {
+            return _slots[i];
+        }
+    }
+    return nullptr;
+}
+
+int VELSysTraceManagerBase::_AddOption(const char* destination, int option, int value) {
+    VELSysTraceObjBase* const found = _Find(destination);
+    if (found == nullptr) {
+        return -1;
+    }
+    switch (option) {
+    case VELSysTraceOptionActive:
+        found->_isActive = value != 0;
+        return 0;
+    case VELSysTraceOptionMaximumCode:
+        found->_maximumCode = std::min(value, VELSysTraceObjBase::MaximumCode);
+        return 0;
+    case VELSysTraceOptionMinimumCode:
+        found->_minimumCode = std::max(value, 0);
+        return 0;
+    case VELSysTraceOptionMemory:
+        return found->_AddMemory(value);
+    case VELSysTraceOptionEnabled:
+        found->_isEnabled = value != 0;
+        return 0;
+    case VELSysTraceOptionLocalTime:
+        found->_isLocalTime = value != 0;
+        return 0;
+    case VELSysTraceOptionRotateSize:
+        found->_rotateSize = static_cast<unsigned long>(std::max(value, 0));
+        return 0;
+    case VELSysTraceOptionRotateCount:
+        found->_rotateCount = static_cast<unsigned long>(std::max(value, 0));
+        return 0;
+    default:
+        return 0;
+    }
+}
+
+int VELSysTraceManagerBase::_Bind(VELSysQORTrace& trace, const char* name, unsigned int mode) {
+    for (int i = _slotCount; i-- > 0;) {
+        VELSysTraceObjBase* const destination = _slots[i];
+        const char* const stored = destination != nullptr ? destination->_FindName(name) : nullptr;
+        if (stored == nullptr) {
+            continue;
+        }
+        if (!Remember(&trace)) {
+            break;
+        }
+        destination->_mode = mode;
+        trace._name = stored;
+        trace._destination = destination;
+        trace._isEnabled.store(destination->_isEnabled, std::memory_order_relaxed);
+        trace._isActive.store(destination->_isActive, std::memory_order_relaxed);
+        return 0;
+    }
+    return -1;
+}
+
+void VELSysTraceManagerBase::_AddUser(const VELSysQORTrace& trace) {
+    if (trace._destination != nullptr) {
+        ++trace._destination->_users;
+    }
+}
+
+void VELSysTraceManagerBase::_Unbind(VELSysQORTrace& trace) {
+    if (trace._destination == nullptr) {
+        return;
+    }
+    if (trace._destination->_users > 0) {
+        --trace._destination->_users;
+    }
+    std::erase(BoundTraces(), &trace);
+}
+
+/// Has the traces that are left write nothing, also when a new manager stands. Under the guard.
+void VELSysTraceManagerBase::_UnbindAll() {
+    for (VELSysQORTrace* trace : BoundTraces()) {
+        trace->_destination = nullptr;
+    }
+    BoundTraces().clear();
+}
+
+int VELSysTraceManagerBase::_Write(VELSysTraceObjBase& destination, const VELSysTraceLineOptions& line,
+                                   const char* format, std::va_list arguments) {
+    if (!destination._isEnabled || line.code < destination._minimumCode || line.code >= destination._maximumCode) {
+        return -1;
+    }
+    std::va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(_message, MessageSize, format, arguments);
+    VEL::internal::HeapArray<char> larger;
+    if (length >= static_cast<int>(MessageSize)) {
+        const auto size = static_cast<std::size_t>(length) + 1;
+        larger.reset(static_cast<char*>(std::malloc(size)));
+        if (larger != nullptr) {
+            std::vsnprintf(larger.get(), size, format, again);
+        }
+    }
+    va_end(again);
+    if (length < 1) {
+        return -1;
+    }
+    // Without memory the text is cut.
+    const char* const message = larger != nullptr ? larger.get() : _message;
+    switch (destination._kind) {
+    case VELSysTraceKindStream:
+    case VELSysTraceKindMemory:
+        return static_cast<VELSysTraceStreamObj&>(destination)._WriteLine(line, message);
+    case VELSysTraceKindSystem:
+        destination._FormPrefix(line);
+        return 0;
+    default:
+        return -1;
+    }
+}
+
+int VELSysTraceCreateManager(const char* options, int* created) {
+    // Not under the locks: the configuration is text, whose first conversion makes the language decision.
+    VELSysCodePage::GetEnvConverter();
+    pthread_mutex_lock(&s_guard);
+    int result = 0;
+    if (s_manager == nullptr) {
+        if (auto* const made = new (std::nothrow) VELSysTraceManager) {
+            s_manager = made;
+            s_owned = made;
+            made->_mutex.Lock();
+            result = made->_BuildTable(options);
+            made->_mutex.Unlock();
+            if (created != nullptr) {
+                *created = 1;
+            }
+        } else {
+            result = -1;
+        }
+    }
+    pthread_mutex_unlock(&s_guard);
+    return result;
+}
+
+void VELSysTraceDestroyManager() {
+    pthread_mutex_lock(&s_guard);
+    s_manager = nullptr;
+    VELSysTraceManagerBase::_UnbindAll();
+    delete std::exchange(s_owned, nullptr);
+    pthread_mutex_unlock(&s_guard);
+}
+
+int VELSysTraceManagerAddStreamTrace(const char* destination, const char* name, unsigned long rotateCount,
+                                     unsigned long rotateSize) {
+    const TraceManagerLock manager;
+    return manager ? manager->_AddStreamTrace(destination, name, rotateCount, rotateSize) : -1;
+}
+
+int VELSysTraceManagerAddOptionToTrace(const char* destination, int option, int value) {
+    const TraceManagerLock manager;
+    return manager ? manager->_AddOption(destination, option, value) : -1;
+}
