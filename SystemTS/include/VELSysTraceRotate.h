@@ -8,6 +8,10 @@
 #include <cstddef>
 #include <cstdio>
 
+namespace VEL::internal {
+enum class CountedMode;
+}
+
 /// A present file, and the full ones before it under numbered names.
 ///
 /// Texts go to the present file until the next one would make it larger than the maximum; then it is moved to a
@@ -72,7 +76,7 @@ private:
     struct Layout;
 
     QORSYSTS_PRIVATE void _Build(const char* path);
-    QORSYSTS_PRIVATE int _OpenStream(const char* mode);
+    QORSYSTS_PRIVATE int _OpenStream(VEL::internal::CountedMode mode);
     QORSYSTS_PRIVATE bool _MoveTo(const char* present, const char* target) const;
     QORSYSTS_PRIVATE void _AdvanceOldest();
 

@@ -1,5 +1,6 @@
 #include "VELSysTraceRotate.h"
 
+#include "CountedStream.h"
 #include "HeapMemory.h"
 #include "VELSysPath.h"
 #include "VELSysStr.h"
@@ -34,7 +35,9 @@ struct VELSysTraceRotate::Layout {
 
 namespace {
 
+using VEL::internal::CountedMode;
 using VEL::internal::HeapArray;
+using VEL::internal::WriteWhole;
 
 /// Numbered names have so many bytes with their terminator; what is longer is cut, deliberately.
 constexpr std::size_t NameSize = 260;
@@ -213,9 +216,9 @@ unsigned long FindFree(NumberedNames& names, unsigned long first) {
 }
 
 /// Devices have no content either, and are not removed for that.
-bool IsFile(std::FILE* stream) {
+bool IsFile(const char* path) {
     struct stat64 status = {};
-    return fstat64(fileno(stream), &status) == 0 && S_ISREG(status.st_mode);
+    return stat64(path, &status) == 0 && S_ISREG(status.st_mode);
 }
 
 class Descriptor {
@@ -236,18 +239,6 @@ private:
     int _number;
 };
 
-bool WriteBlock(const Descriptor& target, const char* block, std::size_t size) {
-    while (size > 0) {
-        const ssize_t count = write(target.Get(), block, size);
-        if (count <= 0) {
-            return false;
-        }
-        block += count;
-        size -= static_cast<std::size_t>(count);
-    }
-    return true;
-}
-
 /// Copies a file; what the target has behind the source's end stays.
 bool CopyFile(const char* from, const char* to) {
     const Descriptor source(from, O_RDONLY);
@@ -264,7 +255,8 @@ bool CopyFile(const char* from, const char* to) {
         if (count <= 0) {
             return count == 0;
         }
-        if (!WriteBlock(target, block, static_cast<std::size_t>(count))) {
+        const auto size = static_cast<std::size_t>(count);
+        if (WriteWhole(target.Get(), block, size) != size) {
             return false;
         }
     }
@@ -313,27 +305,21 @@ bool VELSysTraceRotate::IsMoreWriteAllowed(std::size_t length) const {
 }
 
 /// Opens the present file in place of the stream that is open.
-int VELSysTraceRotate::_OpenStream(const char* mode) {
+int VELSysTraceRotate::_OpenStream(VEL::internal::CountedMode mode) {
     if (_stream != nullptr) {
         std::fclose(std::exchange(_stream, nullptr));
     }
-    const SystemText path(_path);
-    _stream = std::fopen(path.Get(), mode);
-    if (_stream == nullptr) {
-        return -1;
-    }
-    // A stream that appends counts from 0 until it is written to.
-    std::fseek(_stream, 0, SEEK_END);
-    return 0;
+    _stream = VEL::internal::OpenCountedStream(SystemText(_path).Get(), mode);
+    return _stream != nullptr ? 0 : -1;
 }
 
 int VELSysTraceRotate::Open() {
     if (IsMoreWriteAllowed(0)) {
-        return _OpenStream("a+e");
+        return _OpenStream(CountedMode::Append);
     }
     Close();
     RenameFile();
-    return _OpenStream("w+e");
+    return _OpenStream(CountedMode::Empty);
 }
 
 void VELSysTraceRotate::PrepareToWrite(std::size_t length) {
@@ -343,7 +329,7 @@ void VELSysTraceRotate::PrepareToWrite(std::size_t length) {
     Close();
     RenameFile();
     // Deliberately also where the file couldn't be moved: its text goes.
-    _OpenStream("w+e");
+    _OpenStream(CountedMode::Empty);
 }
 
 int VELSysTraceRotate::Write(const char* text) {
@@ -367,10 +353,11 @@ void VELSysTraceRotate::Close() {
     if (_stream == nullptr) {
         return;
     }
-    const bool isUnwritten = std::ftell(_stream) == 0 && IsFile(_stream);
+    const bool isUnwritten = std::ftell(_stream) == 0;
     std::fclose(std::exchange(_stream, nullptr));
-    if (isUnwritten) {
-        unlink(SystemText(_path).Get());
+    const SystemText path(_path);
+    if (isUnwritten && IsFile(path.Get())) {
+        unlink(path.Get());
     }
 }
 
