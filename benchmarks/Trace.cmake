@@ -1,2 +1,2 @@
 find_package(spdlog REQUIRED)
-qor_add_benchmark(TraceRotateBenchmark SOURCES TraceRotateBenchmark.cpp LINK QORSysTS_static spdlog::spdlog)
+qor_add_benchmark(TraceRotateBenchmark SOURCES TraceRotateBenchmark.cpp LINK QORSysTS spdlog::spdlog)

@@ -1,6 +1,6 @@
 /// @file
-/// Rotated files and reference traces when memory runs out at each request: a failure, nobody else's file touched, and
-/// no leak.
+/// Rotated files in two environments, and rotated files and reference traces when memory runs out at each request: a
+/// failure, and nobody else's file touched.
 
 #include "HeapLog.h"
 #include "QORSysTSTrace.h"
@@ -15,8 +15,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int Requests = 400;
+/// What a name that lacks a part could be taken for.
+constexpr const char* OthersFiles[] = {".1.txt", "log.1", ".1", "log"};
 
-class TraceShortage : public ScratchTest, public testing::WithParamInterface<const char*> {
+class TraceRotateEnvironment : public ScratchTest, public testing::WithParamInterface<const char*> {
 protected:
     void SetUp() override {
         StringEnvironment::UseCodePage(GetParam());
@@ -28,24 +30,12 @@ protected:
         fs::current_path("/");
         ScratchTest::TearDown();
     }
-
-    /// @param path  In the working directory.
-    void RunRotation(const char* path) {
-        // What a name that lacks a part could be taken for.
-        for (const char* name : {".1.txt", "log.1", ".1", "log"}) {
-            WriteFile(name, "others");
-        }
-        VELSysTraceRotate file(path, 4, 1);
-        file.Open();
-        for (const char* text : {"one.", "two.", "tri."}) {
-            file.Write(text);
-        }
-        file.Close();
-    }
 };
 
-TEST_P(TraceShortage, LeavesOthersFilesAlone) {
-    RunRotation("log.txt");
+TEST_P(TraceRotateEnvironment, ShortageLeavesOthersFilesAlone) {
+    for (const char* name : OthersFiles) {
+        WriteFile(name, "others");
+    }
     bool hasStruck = true;
     for (int request = 1; hasStruck && request < Requests; ++request) {
         for (const HeapShortage::Extent extent : {HeapShortage::OnlyThatOne, HeapShortage::FromThatOneOn}) {
@@ -66,7 +56,7 @@ TEST_P(TraceShortage, LeavesOthersFilesAlone) {
                 }
                 hasStruck = HeapShortage::HasStruck();
             }
-            for (const char* name : {".1.txt", "log.1", ".1", "log"}) {
+            for (const char* name : OthersFiles) {
                 ASSERT_EQ(ReadFile(name), "others") << name << " at request " << request;
             }
         }
@@ -92,7 +82,20 @@ TEST(ReferenceTraceShortage, ATraceIsMadeOrNot) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(CodePages, TraceShortage,
+TEST_P(TraceRotateEnvironment, NamesAreUTF8InEveryEnvironment) {
+    {
+        VELSysTraceRotate file("\u00e4/l\u00f6g.t\u00e4xt", 4, 11);
+        EXPECT_EQ(file.Open(), -1);
+        fs::create_directory("\u00e4");
+        EXPECT_EQ(file.Open(), 0);
+        file.Write("one.");
+        file.Write("two.");
+    }
+    EXPECT_EQ(ReadFile("\u00e4/l\u00f6g.t\u00e4xt"), "two.");
+    EXPECT_EQ(ReadFile("\u00e4/l\u00f6g.01.t\u00e4xt"), "one.");
+}
+
+INSTANTIATE_TEST_SUITE_P(CodePages, TraceRotateEnvironment,
                          testing::Values(StringEnvironment::UTF8, StringEnvironment::OneToOne),
                          StringEnvironment::NameOf);
 

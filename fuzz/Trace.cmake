@@ -1,0 +1,1 @@
+qor_add_fuzzer(ReferenceTraceOptionsFuzz SOURCES ReferenceTraceOptionsFuzz.cpp LINK QORSysTS_static)
