@@ -64,6 +64,7 @@
 #include "VELSysStr.h"
 #include "VELSysTrace.h"
 #include "VELSysTraceManager.h"
+#include "VELSysTraceOptions.h"
 #include "VELSysTraceRotate.h"
 #include "VELSysTSArg.h"
 #include "VELSysTSUCSHashTable.h"

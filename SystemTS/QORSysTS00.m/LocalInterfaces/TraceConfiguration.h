@@ -18,9 +18,15 @@ struct TraceSink {
 
 /// Takes one item in the line grammar. @return 0; -1 when it names no destination or a part of it was refused.
 int ApplyTraceLine(const char* text, const TraceSink& sink);
+/// Takes one item in the command grammar. @return 0; -1 when it can't be parsed, names no destination or that was
+/// refused.
+int ApplyTraceCommand(const char* text, const TraceSink& sink);
 /// Takes the items of the environment variable "VELSysTrace". @return 0; -1 when it isn't set or an item was refused.
 int ApplyTraceVariable(const TraceSink& sink);
 /// Takes the option files. @return 0; -1 when a line was refused or a file can't be read.
 int ApplyTraceOptionFiles(const TraceSink& sink);
+
+/// A decimal number; one that an `int` can't hold is the nearest that it can, and what is no number is 0.
+int ReadTraceNumber(const char* text);
 
 } // namespace VEL::internal

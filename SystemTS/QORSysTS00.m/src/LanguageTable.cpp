@@ -1,6 +1,7 @@
 #include "LanguageTable.h"
 
 #include "EnvironmentLookup.h"
+#include "FileReading.h"
 #include "NLSTrace.h"
 #include "QORToken.h"
 #include "QORUnicodeString.h"
@@ -8,22 +9,15 @@
 #include "VELSysStatus.h"
 
 #include <cstring>
-#include <fcntl.h>
-#include <memory>
 #include <new>
-#include <sys/stat.h>
-#include <unistd.h>
 
 bool VEL::internal::s_warnOfMissingTable = false;
 
 namespace {
 
+using VEL::internal::File;
 using VEL::internal::LanguageTable;
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
+using VEL::internal::OpenForReading;
 
 /// A variable with a list of places, and what makes a file's name of each.
 struct Place {
@@ -42,24 +36,6 @@ constinit LanguageTable* s_rows = nullptr;
 constinit long s_users = 0;
 
 constinit thread_local bool t_isReading = false;
-
-File OpenForReading(const char* name) {
-    const int descriptor = open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) {
-        return nullptr;
-    }
-    struct stat64 status;
-    if (fstat64(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
-        close(descriptor);
-        // It is there, and is empty: a pipe may have nothing to say, and a device no end.
-        return File(std::fopen("/dev/null", "re"));
-    }
-    std::FILE* const file = fdopen(descriptor, "r");
-    if (file == nullptr) {
-        close(descriptor);
-    }
-    return File(file);
-}
 
 File OpenIn(const Place& place) {
     QORUnicodeString list;

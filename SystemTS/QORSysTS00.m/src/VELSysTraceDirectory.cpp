@@ -2,6 +2,7 @@
 
 #include "VELSysTraceManager.h"
 
+#include "TraceDirectory.h"
 #include "VELSysStr.h"
 
 #include <algorithm>
@@ -12,22 +13,15 @@
 
 namespace {
 
-constexpr const char* LastResort = "/tmp";
+using VEL::internal::StripSeparator;
+using VEL::internal::TakeVariable;
+using VEL::internal::TraceLastResort;
+
 constexpr const char* Directory = "/VELSysTrace";
 
 bool Exists(const char* path) {
     struct stat64 status;
     return stat64(path, &status) == 0;
-}
-
-/// Takes the value of a variable that is set and fits.
-bool TakeVariable(const char* name, char* path, std::size_t size) {
-    const char* const value = std::getenv(name);
-    if (value == nullptr || std::strlen(value) >= size) {
-        return false;
-    }
-    std::strcpy(path, value);
-    return true;
 }
 
 bool TakeBase(char* path, std::size_t size) {
@@ -40,21 +34,30 @@ bool TakeBase(char* path, std::size_t size) {
     if (TakeVariable("PWD", path, size)) {
         return true;
     }
-    if (size <= std::strlen(LastResort)) {
+    if (size <= std::strlen(TraceLastResort)) {
         return false;
     }
-    std::strcpy(path, LastResort);
+    std::strcpy(path, TraceLastResort);
     return Exists(path);
 }
 
-void StripSeparator(char* path) {
+} // namespace
+
+bool VEL::internal::TakeVariable(const char* name, char* path, std::size_t size) {
+    const char* const value = std::getenv(name);
+    if (value == nullptr || std::strlen(value) >= size) {
+        return false;
+    }
+    std::strcpy(path, value);
+    return true;
+}
+
+void VEL::internal::StripSeparator(char* path) {
     const std::size_t length = std::strlen(path);
     if (length > 0 && (path[length - 1] == '/' || path[length - 1] == '\\')) {
         path[length - 1] = '\0';
     }
 }
-
-} // namespace
 
 int VELSysTraceGetDestinationDirectoryA(char* path, std::size_t size) {
     if (path == nullptr || !TakeBase(path, size)) {
