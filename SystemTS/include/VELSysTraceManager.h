@@ -24,6 +24,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <ctime>
+#include <string_view>
 
 class VELSysTraceRotate;
 
@@ -103,6 +104,7 @@ protected:
     QORSYSTS_PRIVATE const char* _FindName(const char* name) const;
     /// Forms what stands between the level mark and the message of a line. @return Its length.
     QORSYSTS_PRIVATE std::size_t _FormPrefix(const VELSysTraceLineOptions& line);
+    QORSYSTS_PRIVATE int _WriteToRing(const VELSysTraceLineOptions& line, const char* message);
 
     VELSysTraceKind _kind = VELSysTraceKindNone;
     unsigned int _mode = 0;
@@ -142,11 +144,9 @@ private:
     struct Layout;
 
     QORSYSTS_PRIVATE int _WriteLine(const VELSysTraceLineOptions& line, const char* message);
-    QORSYSTS_PRIVATE int _WriteToFile(const char* mark, std::size_t prefix, const char* message,
-                                      const char* terminator);
-    QORSYSTS_PRIVATE int _WriteToRotator(const char* mark, std::size_t prefix, const char* message,
-                                         const char* terminator);
-    QORSYSTS_PRIVATE int _WriteToRing(const char* message, const char* terminator);
+    QORSYSTS_PRIVATE int _WriteToFile(std::string_view mark, std::string_view prefix, std::string_view message,
+                                      std::string_view terminator);
+    QORSYSTS_PRIVATE int _WriteToRotator(const char* mark, const char* message, const char* terminator);
     QORSYSTS_PRIVATE int _OpenStandardStream(std::FILE* stream, const char* name);
     QORSYSTS_PRIVATE int _OpenFile();
     QORSYSTS_PRIVATE int _MakeDirectory();

@@ -7,6 +7,7 @@
 #include "SessionState.h"
 #include "UpwardCalls.h"
 #include "VELSysLifeCycle.h"
+#include "VELSysTraceManager.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -3,6 +3,7 @@
 #include "DuplicateText.h"
 #include "UpwardCalls.h"
 #include "VELSysEnviron.h"
+#include "VELSysTrace.h"
 
 #include <algorithm>
 #include <cstdint>

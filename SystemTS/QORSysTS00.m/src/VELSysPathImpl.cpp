@@ -4,6 +4,7 @@
 #include "UpwardCalls.h"
 #include "UTF8Text.h"
 #include "VELSysStatus.h"
+#include "VELSysTrace.h"
 
 #include <algorithm>
 #include <atomic>

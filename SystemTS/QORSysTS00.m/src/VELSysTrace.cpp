@@ -48,6 +48,9 @@ VELSysQORTrace::VELSysQORTrace(const char* name, const char*, QORTraMode, const 
 }
 
 VELSysQORTrace::~VELSysQORTrace() {
+    if (_name == nullptr) {
+        return; // Never bound.
+    }
     if (const VEL::internal::TraceManagerLock manager; manager) {
         manager->_Unbind(*this);
     }
@@ -56,6 +59,9 @@ VELSysQORTrace::~VELSysQORTrace() {
 int VELSysQORTrace::Build(const char* name, const char*, unsigned int mode) {
     if (name == nullptr) {
         return -1;
+    }
+    if (const VEL::internal::TraceManagerLock manager; manager) {
+        return manager->_Bind(*this, name, mode);
     }
     VELSysTraceCreateManager(nullptr, nullptr);
     const VEL::internal::TraceManagerLock manager;

@@ -2,7 +2,7 @@
 
 #include "VELSysTraceManager.h"
 
-#include "VELSysPath.h"
+#include "HeapMemory.h"
 #include "VELSysTraceRotate.h"
 
 #include <algorithm>
@@ -14,6 +14,7 @@
 #include <ctime>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -54,28 +55,31 @@ bool IsStandard(const std::FILE* stream) {
     return stream == stdout || stream == stderr;
 }
 
-/// True when a directory has no file in it.
-bool HasNoFile(const VELSysPath& directory) {
-    int rc = 0;
-    for (VELSysDirectoryIterator entry = directory.Begin(&rc); rc == 0; rc = entry.next()) {
-        if ((*entry).IsFile(0)) {
+/// True when a name would leave the directory in which it is looked up.
+bool LeadsUp(std::string_view name) {
+    constexpr std::string_view parent = "..";
+    while (true) {
+        const std::size_t end = name.find('/');
+        if (name.substr(0, end) == parent) {
+            return true;
+        }
+        if (end == std::string_view::npos) {
             return false;
         }
+        name.remove_prefix(end + 1);
     }
-    return true;
 }
 
-/// Removes a file that nobody has written to, and its directory when there is no file left in it.
+/// Removes a file that nobody has written to, and its directory when that leaves nothing in it.
 void RemoveWhatIsEmpty(const char* name) {
-    VELSysPath file;
-    file.Set(name);
     struct stat64 status;
     if (stat64(name, &status) == 0 && status.st_size == 0) {
-        file.Remove(0);
+        unlink(name);
     }
-    VELSysPath directory = file.GetParent(nullptr);
-    if (directory.IsDirectory(0) && HasNoFile(directory)) {
-        directory.Remove(0);
+    const std::string_view directory(name, static_cast<std::size_t>(std::strrchr(name, '/') - name));
+    const VEL::internal::HeapArray<char> copy(strndup(directory.data(), directory.size()));
+    if (copy != nullptr) {
+        rmdir(copy.get());
     }
 }
 
@@ -168,6 +172,9 @@ int VELSysTraceStreamObj::_OpenStandardStream(std::FILE* stream, const char* nam
 }
 
 int VELSysTraceStreamObj::_OpenFile() {
+    if (LeadsUp(_destination)) {
+        return -1;
+    }
     if (_directory == nullptr && _MakeDirectory() != 0) {
         return -1;
     }

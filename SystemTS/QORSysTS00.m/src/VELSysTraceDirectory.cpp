@@ -105,5 +105,6 @@ int VELSysTraceFilterNameByPid(const char* name, int pid) {
     }
     char text[longest + 1] = {};
     std::copy(number, end, text);
-    return std::atoi(text) == pid ? 0 : -1;
+    constexpr int decimal = 10;
+    return std::strtol(text, nullptr, decimal) == pid ? 0 : -1;
 }

@@ -1,4 +1,5 @@
-// What a trace line looks like, and how it is written.
+// What a trace line looks like, and how it is written. A line takes no memory and, below the size of the buffers, one
+// call of the file.
 
 #include "VELSysTraceManager.h"
 
@@ -7,7 +8,7 @@
 #include "VELSysTraceRotate.h"
 
 #include <algorithm>
-#include <cstdarg>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -17,6 +18,9 @@ namespace {
 
 /// A bit of the code that is no part of it as it is shown.
 constexpr int HiddenCodeBit = 0x400;
+
+constexpr const char* UpperDigits = "0123456789ABCDEF";
+constexpr const char* LowerDigits = "0123456789abcdef";
 
 const char* MarkOf(int level) {
     switch (level) {
@@ -38,21 +42,39 @@ class Appender {
 public:
     Appender(char* text, std::size_t size) : _begin(text), _next(text), _last(text + size - 1) { *_next = '\0'; }
 
-    void Add(const char* text, std::size_t length) {
-        const std::size_t part = std::min(length, static_cast<std::size_t>(_last - _next));
-        std::memcpy(_next, text, part);
+    void Add(std::string_view text) {
+        const std::size_t part = std::min(text.size(), static_cast<std::size_t>(_last - _next));
+        std::memcpy(_next, text.data(), part);
         _next += part;
         *_next = '\0';
     }
-    void Add(const char* text) { Add(text, std::strlen(text)); }
 
-    __attribute__((format(printf, 2, 3))) void Format(const char* format, ...) {
-        const auto room = static_cast<std::size_t>(_last - _next);
-        std::va_list arguments;
-        va_start(arguments, format);
-        const int length = std::vsnprintf(_next, room + 1, format, arguments);
-        va_end(arguments);
-        _next += std::min(static_cast<std::size_t>(std::max(length, 0)), room);
+    void AddNumber(int number) {
+        char text[16];
+        Add({text, static_cast<std::size_t>(std::to_chars(text, text + sizeof text, number).ptr - text)});
+    }
+
+    /// A number below 10^`Count`, with zeros in front.
+    template <std::size_t Count>
+    void AddDecimal(int number) {
+        constexpr int base = 10;
+        char text[Count];
+        for (std::size_t i = Count; i-- > 0; number /= base) {
+            text[i] = LowerDigits[number % base];
+        }
+        Add({text, Count});
+    }
+
+    /// All digits of a number, in base 16.
+    template <class Number>
+    void AddHexadecimal(Number number, const char* digits) {
+        constexpr unsigned int lowest = 0xF;
+        constexpr unsigned int bits = 4;
+        char text[2 * sizeof number];
+        for (std::size_t i = sizeof text; i-- > 0; number >>= bits) {
+            text[i] = digits[number & lowest];
+        }
+        Add({text, sizeof text});
     }
 
     std::size_t Length() const { return static_cast<std::size_t>(_next - _begin); }
@@ -63,41 +85,84 @@ private:
     char* const _last;
 };
 
-/// A moment, broken down.
-struct Moment {
-    std::tm fields{};
-    int milliseconds = -1; ///< Negative when they aren't known.
+/// A second as text, without what follows the seconds.
+struct SecondText {
+    static constexpr std::size_t Size = 48;
+
+    std::time_t second;
+    std::size_t length;
+    char text[Size];
+
+    std::string_view View() const { return {text, length}; }
 };
 
-Moment Now(bool isLocalTime, std::time_t& time) {
-    Moment moment;
-    timeval now{};
-    if (VELSysTimerGetTimeOfDay(&now) == 0) {
-        time = now.tv_sec;
-        constexpr long microseconds = 1000;
-        moment.milliseconds = static_cast<int>(now.tv_usec / microseconds);
-    } else {
-        time = std::time(nullptr);
+void FormSecond(SecondText& second, const std::tm& t, char separator) {
+    constexpr int epochYear = 1900;
+    Appender text(second.text, SecondText::Size);
+    text.Add("[");
+    text.AddNumber(t.tm_year + epochYear);
+    text.Add("-");
+    text.AddDecimal<2>(t.tm_mon + 1);
+    text.Add("-");
+    text.AddDecimal<2>(t.tm_mday);
+    text.Add({&separator, 1});
+    text.AddDecimal<2>(t.tm_hour);
+    text.Add(":");
+    text.AddDecimal<2>(t.tm_min);
+    text.Add(":");
+    text.AddDecimal<2>(t.tm_sec);
+    second.length = text.Length();
+}
+
+/// The last second of a line in UTC; lines come many in a second. Under the manager's mutex.
+constinit SecondText s_lastSecond = {};
+
+std::string_view SecondInUTC(std::time_t time) {
+    if (s_lastSecond.length == 0 || s_lastSecond.second != time) {
+        std::tm fields{};
+        gmtime_r(&time, &fields);
+        FormSecond(s_lastSecond, fields, 'T');
+        s_lastSecond.second = time;
     }
-    if (isLocalTime) {
-        tzset();
-        localtime_r(&time, &moment.fields);
-    } else {
-        gmtime_r(&time, &moment.fields);
-    }
-    return moment;
+    return s_lastSecond.View();
+}
+
+/// Anew for each line, since the time zone may change between two.
+void AddSecondInLocalTime(Appender& prefix, std::time_t time) {
+    std::tm fields{};
+    tzset();
+    localtime_r(&time, &fields);
+    SecondText second{};
+    FormSecond(second, fields, '@');
+    prefix.Add(second.View());
 }
 
 void AddTime(Appender& prefix, bool isLocalTime, std::time_t& time) {
-    constexpr int epochYear = 1900;
-    const Moment now = Now(isLocalTime, time);
-    const std::tm& t = now.fields;
-    prefix.Format("[%d-%02d-%02d%c%02d:%02d:%02d", t.tm_year + epochYear, t.tm_mon + 1, t.tm_mday,
-                  isLocalTime ? '@' : 'T', t.tm_hour, t.tm_min, t.tm_sec);
-    if (now.milliseconds >= 0) {
-        prefix.Format(".%03d", now.milliseconds);
+    timeval now{};
+    const bool hasMicroseconds = VELSysTimerGetTimeOfDay(&now) == 0;
+    time = hasMicroseconds ? now.tv_sec : std::time(nullptr);
+    if (isLocalTime) {
+        AddSecondInLocalTime(prefix, time);
+    } else {
+        prefix.Add(SecondInUTC(time));
+    }
+    if (hasMicroseconds) {
+        constexpr long microseconds = 1000;
+        prefix.Add(".");
+        prefix.AddDecimal<3>(static_cast<int>(now.tv_usec / microseconds));
     }
     prefix.Add(isLocalTime ? "]" : "Z]");
+}
+
+std::string_view ViewOf(const char* text) {
+    return text != nullptr ? std::string_view(text) : std::string_view();
+}
+
+/// Writes pieces to a stream that is locked. @return False when not all of it was taken.
+bool WritePieces(std::FILE* file, const std::string_view* begin, const std::string_view* end) {
+    return std::all_of(begin, end, [file](std::string_view piece) {
+        return fwrite_unlocked(piece.data(), 1, piece.size(), file) == piece.size();
+    });
 }
 
 } // namespace
@@ -112,56 +177,74 @@ std::size_t VELSysTraceObjBase::_FormPrefix(const VELSysTraceLineOptions& line) 
     }
     if ((line.options & VELSysTraceName) != 0) {
         prefix.Add("[");
-        prefix.Add(line.tag != nullptr ? line.tag : "");
+        prefix.Add(ViewOf(line.tag));
         prefix.Add("]");
     }
     if ((line.options & VELSysTraceThread) != 0) {
-        prefix.Format("[%016llX]", static_cast<unsigned long long>(pthread_self()));
+        prefix.Add("[");
+        prefix.AddHexadecimal(static_cast<unsigned long>(pthread_self()), UpperDigits);
+        prefix.Add("]");
     }
     if ((line.options & VELSysTraceCode) != 0 && (line.code & ~HiddenCodeBit) != 0) {
-        prefix.Format("[%08x]", static_cast<unsigned int>(line.code));
+        prefix.Add("[");
+        prefix.AddHexadecimal(static_cast<unsigned int>(line.code), LowerDigits);
+        prefix.Add("]");
     }
     if (line.file != nullptr) {
-        prefix.Format("(%s : %d)", line.file, line.line);
+        prefix.Add("(");
+        prefix.Add(line.file);
+        prefix.Add(" : ");
+        prefix.AddNumber(line.line);
+        prefix.Add(")");
     }
     prefix.Add(" ");
     return prefix.Length();
 }
 
-int VELSysTraceStreamObj::_WriteLine(const VELSysTraceLineOptions& line, const char* message) {
-    const std::size_t prefix = _FormPrefix(line);
-    const char* const terminator = line.terminator != nullptr ? line.terminator : "";
-    if (_memory != nullptr) {
-        return _WriteToRing(message, terminator);
-    }
-    const char* const mark = MarkOf(line.level);
-    if (_file != nullptr) {
-        return _WriteToFile(mark, prefix, message, terminator);
-    }
-    return _rotator != nullptr ? _WriteToRotator(mark, prefix, message, terminator) : -1;
-}
-
-int VELSysTraceStreamObj::_WriteToFile(const char* mark, std::size_t, const char* message, const char* terminator) {
-    if (std::fprintf(_file, "%s%s%s%s", mark, _prefix, message, terminator) < 1) {
-        return -1;
-    }
-    return std::fflush(_file);
-}
-
-int VELSysTraceStreamObj::_WriteToRotator(const char* mark, std::size_t, const char* message, const char* terminator) {
-    QORUnicodeString line(mark);
-    line.Append(_prefix).Append(message).Append(terminator);
-    const int written = _rotator->Write(line.ConvertToChar());
-    // In characters and bytes, deliberately: they are one number for ASCII alone.
-    return written == line.GetLengthInChar() ? 0 : -1;
-}
-
-int VELSysTraceStreamObj::_WriteToRing(const char* message, const char* terminator) {
+int VELSysTraceObjBase::_WriteToRing(const VELSysTraceLineOptions& line, const char* message) {
+    _FormPrefix(line);
     // Without the level mark, deliberately.
-    for (const char* text : {static_cast<const char*>(_prefix), message, terminator}) {
-        if (_memory->Write(text) != 0) {
+    for (const char* text : {static_cast<const char*>(_prefix), message, line.terminator}) {
+        if (text != nullptr && _memory->Write(text) != 0) {
             return -1;
         }
     }
     return 0;
+}
+
+int VELSysTraceStreamObj::_WriteLine(const VELSysTraceLineOptions& line, const char* message) {
+    const std::size_t prefix = _FormPrefix(line);
+    const char* const mark = MarkOf(line.level);
+    if (_file != nullptr) {
+        return _WriteToFile(mark, {_prefix, prefix}, message, ViewOf(line.terminator));
+    }
+    return _rotator != nullptr ? _WriteToRotator(mark, message, line.terminator) : -1;
+}
+
+int VELSysTraceStreamObj::_WriteToFile(std::string_view mark, std::string_view prefix, std::string_view message,
+                                       std::string_view terminator) {
+    const std::string_view pieces[] = {mark, prefix, message, terminator};
+    std::string_view joined;
+    const std::size_t length = mark.size() + prefix.size() + message.size() + terminator.size();
+    if (length < sizeof _work) {
+        Appender line(_work, sizeof _work);
+        for (const std::string_view piece : pieces) {
+            line.Add(piece);
+        }
+        joined = {_work, length};
+    }
+    flockfile(_file);
+    const bool isTaken = joined.empty() ? WritePieces(_file, std::begin(pieces), std::end(pieces))
+                                        : WritePieces(_file, &joined, &joined + 1);
+    const int result = isTaken ? fflush_unlocked(_file) : -1;
+    funlockfile(_file);
+    return result;
+}
+
+int VELSysTraceStreamObj::_WriteToRotator(const char* mark, const char* message, const char* terminator) {
+    QORUnicodeString line(mark);
+    line.Append(_prefix).Append(message).Append(terminator != nullptr ? terminator : "");
+    const int written = _rotator->Write(line.ConvertToChar());
+    // In characters and bytes, deliberately: they are one number for ASCII alone.
+    return written == line.GetLengthInChar() ? 0 : -1;
 }

@@ -31,15 +31,18 @@ constinit VELSysTraceManagerBase* s_manager = nullptr;
 /// The one to delete.
 constinit VELSysTraceManagerBase* s_owned = nullptr;
 
-/// The traces that are bound to destinations of the manager; never destroyed. Under the guard.
-std::vector<VELSysQORTrace*>& BoundTraces() {
-    static auto& traces = *new std::vector<VELSysQORTrace*>;
-    return traces;
-}
+/// The traces that are bound to destinations of the manager. Under the guard.
+union BoundTraces {
+    constexpr BoundTraces() : traces() {}
+    ~BoundTraces() {} // Never destroyed, deliberately: traces may go after it.
+    std::vector<VELSysQORTrace*> traces;
+};
+
+constinit BoundTraces s_bound;
 
 /// @return False without memory.
 bool Remember(VELSysQORTrace* trace) {
-    auto& traces = BoundTraces();
+    auto& traces = s_bound.traces;
     if (std::find(traces.begin(), traces.end(), trace) != traces.end()) {
         return true;
     }
@@ -93,7 +96,7 @@ VELSysTraceManagerBase::VELSysTraceManagerBase() = default;
 VELSysTraceManagerBase::~VELSysTraceManagerBase() {
     _mutex.Lock();
     for (int i = _slotCount; i-- > 0;) {
-        delete _slots[i];
+        delete std::exchange(_slots[i], nullptr);
     }
     delete[] _slots;
     _mutex.Unlock();
@@ -259,15 +262,15 @@ void VELSysTraceManagerBase::_Unbind(VELSysQORTrace& trace) {
     if (trace._destination->_users > 0) {
         --trace._destination->_users;
     }
-    std::erase(BoundTraces(), &trace);
+    std::erase(s_bound.traces, &trace);
 }
 
 /// Has the traces that are left write nothing, also when a new manager stands. Under the guard.
 void VELSysTraceManagerBase::_UnbindAll() {
-    for (VELSysQORTrace* trace : BoundTraces()) {
+    for (VELSysQORTrace* trace : s_bound.traces) {
         trace->_destination = nullptr;
     }
-    BoundTraces().clear();
+    s_bound.traces.clear();
 }
 
 int VELSysTraceManagerBase::_Write(VELSysTraceObjBase& destination, const VELSysTraceLineOptions& line,
@@ -293,8 +296,9 @@ int VELSysTraceManagerBase::_Write(VELSysTraceObjBase& destination, const VELSys
     // Without memory the text is cut.
     const char* const message = larger != nullptr ? larger.get() : _message;
     switch (destination._kind) {
-    case VELSysTraceKindStream:
     case VELSysTraceKindMemory:
+        return destination._WriteToRing(line, message);
+    case VELSysTraceKindStream:
         return static_cast<VELSysTraceStreamObj&>(destination)._WriteLine(line, message);
     case VELSysTraceKindSystem:
         destination._FormPrefix(line);
@@ -309,7 +313,8 @@ int VELSysTraceCreateManager(const char* options, int* created) {
     VELSysCodePage::GetEnvConverter();
     pthread_mutex_lock(&s_guard);
     int result = 0;
-    if (s_manager == nullptr) {
+    // What a manager does while it is destroyed makes no new one.
+    if (s_manager == nullptr && s_owned == nullptr) {
         if (auto* const made = new (std::nothrow) VELSysTraceManager) {
             s_manager = made;
             s_owned = made;
@@ -331,7 +336,8 @@ void VELSysTraceDestroyManager() {
     pthread_mutex_lock(&s_guard);
     s_manager = nullptr;
     VELSysTraceManagerBase::_UnbindAll();
-    delete std::exchange(s_owned, nullptr);
+    delete s_owned;
+    s_owned = nullptr;
     pthread_mutex_unlock(&s_guard);
 }
 

@@ -32,7 +32,9 @@ int VELSysTraceMemoryObj::Open(const char* path, unsigned long size) {
         return -1;
     }
     void* memory = MAP_FAILED;
-    if (ftruncate(file, static_cast<off_t>(size)) == 0) {
+    const auto length = static_cast<off_t>(size);
+    // Room that is only promised would end the process at the first line that finds the disk full.
+    if (ftruncate(file, length) == 0 && posix_fallocate(file, 0, length) == 0) {
         memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
     }
     close(file);

@@ -1,0 +1,134 @@
+// Handles of the usual call site.
+
+#include "Child.h"
+#include "TraceSupport.h"
+
+#include <gtest/gtest.h>
+
+using namespace TraceSupport;
+
+namespace {
+
+class TraceHandles : public TraceTest {};
+
+} // namespace
+
+TEST_F(TraceHandles, StayAsTheyAreForNamesThatAreNotConfigured) {
+    Configure({{"f", {"A"}}});
+    int other = 0;
+    for (const char* name : {"B", "a", "A ", ""}) {
+        void* handle = nullptr;
+        VELSysTraceCreate__(&handle, *name != '\0' ? name : "none");
+        EXPECT_EQ(handle, nullptr) << name;
+        handle = &other;
+        VELSysTraceCreate__(&handle, *name != '\0' ? name : "none");
+        EXPECT_EQ(handle, &other) << name;
+    }
+}
+
+TEST_F(TraceHandles, AreNotOverwritten) {
+    Configure({{"f", {"A"}}});
+    int other = 0;
+    void* handle = &other;
+    VELSysTraceCreate__(&handle, "A");
+    EXPECT_EQ(handle, &other);
+    EXPECT_EQ(DestinationPeek::Users(DestinationOf("f")), 0U);
+}
+
+TEST_F(TraceHandles, OfNamesThatAreNotEnabledStayNull) {
+    Configure({{"f", {"A"}, {{VELSysTraceOptionEnabled, 0}}}});
+    EXPECT_FALSE(TraceHandle("A"));
+    VELSysTraceManagerAddOptionToTrace("f", VELSysTraceOptionEnabled, 1);
+    EXPECT_TRUE(TraceHandle("A"));
+}
+
+TEST_F(TraceHandles, OfADestinationThatIsDisabledLaterWriteNothing) {
+    Configure({{"f", {"A"}}});
+    const TraceHandle trace("A");
+    VELSysTraceManagerAddOptionToTrace("f", VELSysTraceOptionEnabled, 0);
+    EXPECT_EQ(trace->Info("text"), -1);
+    EXPECT_EQ(FileText("f"), "");
+}
+
+TEST_F(TraceHandles, OfNamesThatAreNotActiveWaitForActivation) {
+    Configure({{"f", {"A"}, {{VELSysTraceOptionActive, 0}}}});
+    const TraceHandle trace("A");
+    const TraceHandle other("A");
+    ASSERT_TRUE(trace);
+    EXPECT_EQ(trace->Info("1"), -1);
+    EXPECT_EQ(trace->Error("f", 1, "1"), -1);
+    VELSysTraceActivate__(trace.Writer(), 1);
+    EXPECT_EQ(trace->Info("2"), 0);
+    EXPECT_EQ(other->Info("3"), -1);
+    VELSysTraceActivate__(trace.Writer(), 0);
+    EXPECT_EQ(trace->Info("4"), -1);
+    EXPECT_EQ(FileText("f"), PlainLine({.level = 1, .tag = "A"}, "2"));
+}
+
+TEST_F(TraceHandles, TakeNull) {
+    VELSysTraceCreate__(nullptr, "A");
+    VELSysTraceActivate__(nullptr, 1);
+    VELSysTraceDestroy__(nullptr);
+    void* handle = nullptr;
+    VELSysTraceDestroy__(&handle);
+    EXPECT_EQ(handle, nullptr);
+}
+
+TEST_F(TraceHandles, AreNullAfterTheirEnd) {
+    Configure({{"f", {"A"}}});
+    void* handle = nullptr;
+    VELSysTraceCreate__(&handle, "A");
+    ASSERT_NE(handle, nullptr);
+    VELSysTraceDestroy__(&handle);
+    EXPECT_EQ(handle, nullptr);
+}
+
+CHILD_PROGRAM(WritesToCommon) {
+    for (const char* name : {"COMMON", "", static_cast<const char*>(nullptr)}) {
+        void* handle = nullptr;
+        VELSysTraceCreate__(&handle, name);
+        if (handle == nullptr) {
+            return 1;
+        }
+        static_cast<VELSysTrace*>(handle)->Info("text");
+        VELSysTraceDestroy__(&handle);
+    }
+    std::fputs((PlainLine({.level = 1, .tag = "COMMON"}, "text")).c_str(), stderr);
+    return 0;
+}
+
+TEST_F(TraceHandles, OfCommonAlwaysWriteToStandardOutput) {
+    const Child child = RunChild("WritesToCommon", {{{"HOME", scratch.Path()}, {"QORTraceDir", scratch.Path()}}});
+    EXPECT_EQ(child.exitCode, 0);
+    EXPECT_EQ(child.out, child.err + child.err + child.err);
+    EXPECT_TRUE(std::filesystem::is_empty(scratch.Path()));
+}
+
+TEST_F(TraceHandles, KeepToTheRangeOfCodes) {
+    Configure({{"f", {"A"}}, {"g", {"B"}, {{VELSysTraceOptionMinimumCode, 10}, {VELSysTraceOptionMaximumCode, 20}}}});
+    const TraceHandle a("A");
+    EXPECT_EQ(a->Info(-1, "x"), -1);
+    EXPECT_EQ(a->Info(0, "x"), 0);
+    EXPECT_EQ(a->Info(1023, "x"), 0);
+    EXPECT_EQ(a->Info(1024, "x"), -1);
+    const TraceHandle b("B");
+    EXPECT_EQ(b->Info("x"), -1);
+    EXPECT_EQ(b->Info(9, "x"), -1);
+    EXPECT_EQ(b->Info(10, "x"), 0);
+    EXPECT_EQ(b->Info(19, "x"), 0);
+    EXPECT_EQ(b->Error("f", 1, 20, "x"), -1);
+}
+
+TEST_F(TraceHandles, WriteAllLevels) {
+    Configure({{"f", {"A"}}});
+    const TraceHandle trace("A");
+    EXPECT_EQ(trace->Info("1"), 0);
+    EXPECT_EQ(trace->Debug("2"), 0);
+    EXPECT_EQ(trace->Warning("3"), 0);
+    EXPECT_EQ(trace->Error(nullptr, 0, "4"), 0);
+    std::string expected;
+    for (int level = 1; level <= 4; ++level) {
+        expected += PlainLine({.level = level, .tag = "A"}, std::to_string(level));
+    }
+    EXPECT_EQ(FileText("f"), expected);
+}
