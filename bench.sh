@@ -18,7 +18,7 @@ while [ $# -gt 0 ]; do
     shift
 done
 
-need cmake ninja-build g++ pkg-config ccache python3 libbenchmark-dev libboost-filesystem-dev qt6-base-dev libicu-dev libabsl-dev libspdlog-dev
+need cmake ninja-build g++ pkg-config ccache python3 libbenchmark-dev libboost-filesystem-dev qt6-base-dev libicu-dev libabsl-dev libspdlog-dev libgoogle-glog-dev
 configure bench
 build build-bench
 

@@ -1,1 +1,2 @@
 qor_add_fuzzer(ReferenceTraceOptionsFuzz SOURCES ReferenceTraceOptionsFuzz.cpp LINK QORSysTS_static)
+qor_add_fuzzer(VELSysTraceFilterNameByPidFuzz SOURCES VELSysTraceFilterNameByPidFuzz.cpp LINK QORSysTS_static)
