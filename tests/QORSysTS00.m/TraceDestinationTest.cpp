@@ -258,6 +258,8 @@ TEST_F(TraceDestination, ThatIsFullAnswersThatNothingWasWritten) {
     EXPECT_EQ(Put("A", "line"), -1);
     const std::string longer(100000, 'x');
     EXPECT_EQ(Put("A", longer.c_str()), -1);
+    VELSysTraceDestroyManager();
+    EXPECT_TRUE(fs::is_symlink(File("full")));
 }
 
 CHILD_PROGRAM(WritesBeyondTheLimit) {

@@ -73,7 +73,8 @@ bool LeadsUp(std::string_view name) {
 /// Removes a file that nobody has written to, and its directory when that leaves nothing in it.
 void RemoveWhatIsEmpty(const char* name) {
     struct stat64 status;
-    if (stat64(name, &status) == 0 && status.st_size == 0) {
+    // A device has no size either, and stays.
+    if (stat64(name, &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0) {
         unlink(name);
     }
     const std::string_view directory(name, static_cast<std::size_t>(std::strrchr(name, '/') - name));

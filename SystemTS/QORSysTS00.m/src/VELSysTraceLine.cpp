@@ -37,17 +37,29 @@ const char* MarkOf(int level) {
     }
 }
 
-/// Appends to a buffer, as far as it has room, and keeps it terminated.
+/// Appends to a buffer, as far as it has room.
 class Appender {
 public:
-    Appender(char* text, std::size_t size) : _begin(text), _next(text), _last(text + size - 1) { *_next = '\0'; }
+    Appender(char* text, std::size_t size) : _begin(text), _next(text), _last(text + size - 1) {}
 
     void Add(std::string_view text) {
         const std::size_t part = std::min(text.size(), static_cast<std::size_t>(_last - _next));
         std::memcpy(_next, text.data(), part);
         _next += part;
-        *_next = '\0';
     }
+
+    /// So many bytes; the usual case, that there is room, needs no call.
+    template <std::size_t Count>
+    void AddFixed(const char* text) {
+        if (static_cast<std::size_t>(_last - _next) < Count) {
+            Add({text, Count});
+            return;
+        }
+        std::memcpy(_next, text, Count);
+        _next += Count;
+    }
+
+    void AddCharacter(char character) { AddFixed<1>(&character); }
 
     void AddNumber(int number) {
         char text[16];
@@ -62,22 +74,28 @@ public:
         for (std::size_t i = Count; i-- > 0; number /= base) {
             text[i] = LowerDigits[number % base];
         }
-        Add({text, Count});
+        AddFixed<Count>(text);
     }
 
-    /// All digits of a number, in base 16.
+    /// All digits of a number, in base 16 and in brackets.
     template <class Number>
     void AddHexadecimal(Number number, const char* digits) {
         constexpr unsigned int lowest = 0xF;
         constexpr unsigned int bits = 4;
-        char text[2 * sizeof number];
-        for (std::size_t i = sizeof text; i-- > 0; number >>= bits) {
+        char text[2 * sizeof number + 2];
+        text[0] = '[';
+        text[sizeof text - 1] = ']';
+        for (std::size_t i = sizeof text - 1; i-- > 1; number >>= bits) {
             text[i] = digits[number & lowest];
         }
-        Add({text, sizeof text});
+        AddFixed<sizeof text>(text);
     }
 
-    std::size_t Length() const { return static_cast<std::size_t>(_next - _begin); }
+    /// Terminates the text. @return Its length.
+    std::size_t Finish() {
+        *_next = '\0';
+        return static_cast<std::size_t>(_next - _begin);
+    }
 
 private:
     char* const _begin;
@@ -99,19 +117,19 @@ struct SecondText {
 void FormSecond(SecondText& second, const std::tm& t, char separator) {
     constexpr int epochYear = 1900;
     Appender text(second.text, SecondText::Size);
-    text.Add("[");
+    text.AddCharacter('[');
     text.AddNumber(t.tm_year + epochYear);
-    text.Add("-");
+    text.AddCharacter('-');
     text.AddDecimal<2>(t.tm_mon + 1);
-    text.Add("-");
+    text.AddCharacter('-');
     text.AddDecimal<2>(t.tm_mday);
-    text.Add({&separator, 1});
+    text.AddCharacter(separator);
     text.AddDecimal<2>(t.tm_hour);
-    text.Add(":");
+    text.AddCharacter(':');
     text.AddDecimal<2>(t.tm_min);
-    text.Add(":");
+    text.AddCharacter(':');
     text.AddDecimal<2>(t.tm_sec);
-    second.length = text.Length();
+    second.length = text.Finish();
 }
 
 /// The last second of a line in UTC; lines come many in a second. Under the manager's mutex.
@@ -148,7 +166,7 @@ void AddTime(Appender& prefix, bool isLocalTime, std::time_t& time) {
     }
     if (hasMicroseconds) {
         constexpr long microseconds = 1000;
-        prefix.Add(".");
+        prefix.AddCharacter('.');
         prefix.AddDecimal<3>(static_cast<int>(now.tv_usec / microseconds));
     }
     prefix.Add(isLocalTime ? "]" : "Z]");
@@ -170,35 +188,31 @@ bool WritePieces(std::FILE* file, const std::string_view* begin, const std::stri
 std::size_t VELSysTraceObjBase::_FormPrefix(const VELSysTraceLineOptions& line) {
     Appender prefix(_prefix, sizeof _prefix);
     if (!_isEnabled) {
-        return 0;
+        return prefix.Finish();
     }
     if ((line.options & VELSysTraceTimeStamp) != 0) {
         AddTime(prefix, _isLocalTime, _time);
     }
     if ((line.options & VELSysTraceName) != 0) {
-        prefix.Add("[");
+        prefix.AddCharacter('[');
         prefix.Add(ViewOf(line.tag));
-        prefix.Add("]");
+        prefix.AddCharacter(']');
     }
     if ((line.options & VELSysTraceThread) != 0) {
-        prefix.Add("[");
         prefix.AddHexadecimal(static_cast<unsigned long>(pthread_self()), UpperDigits);
-        prefix.Add("]");
     }
     if ((line.options & VELSysTraceCode) != 0 && (line.code & ~HiddenCodeBit) != 0) {
-        prefix.Add("[");
         prefix.AddHexadecimal(static_cast<unsigned int>(line.code), LowerDigits);
-        prefix.Add("]");
     }
     if (line.file != nullptr) {
-        prefix.Add("(");
+        prefix.AddCharacter('(');
         prefix.Add(line.file);
         prefix.Add(" : ");
         prefix.AddNumber(line.line);
-        prefix.Add(")");
+        prefix.AddCharacter(')');
     }
-    prefix.Add(" ");
-    return prefix.Length();
+    prefix.AddCharacter(' ');
+    return prefix.Finish();
 }
 
 int VELSysTraceObjBase::_WriteToRing(const VELSysTraceLineOptions& line, const char* message) {
