@@ -2,7 +2,9 @@
 
 #include "Child.h"
 #include "TraceSupport.h"
+#include "VELSysLifeCycle.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
 
 using namespace TraceSupport;
@@ -131,4 +133,68 @@ TEST_F(TraceHandles, WriteAllLevels) {
         expected += PlainLine({.level = level, .tag = "A"}, std::to_string(level));
     }
     EXPECT_EQ(FileText("f"), expected);
+}
+
+// As a run configures them.
+
+CHILD_PROGRAM(RunsWithTheConfigurationOfItsEnvironment) {
+    VELSysLifeCycleDispatchInitialization();
+    {
+        const TraceHandle trace("LifeCycle");
+        if (!trace) {
+            return 1;
+        }
+        std::printf("%d\n", trace->Info(7, "first"));
+        VELSysTraceActivate__(trace.Writer(), 1);
+        std::printf("%d\n", trace->Info("second"));
+        std::fflush(stdout);
+        std::fputs(PlainLine({.level = 1, .tag = "LifeCycle"}, "second").c_str(), stdout);
+    }
+    VELSysLifeCycleDispatchFinalization();
+    return 0;
+}
+
+namespace {
+
+std::string OnlyFileBelow(const std::filesystem::path& directory, const std::string& name) {
+    std::string found;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(directory)) {
+        if (entry.is_regular_file()) {
+            found += entry.path().filename() == name ? ReadFile(entry.path()) : entry.path().string();
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+TEST_F(TraceHandles, FollowTheVariableOfTheRun) {
+    const auto run = [&](const char* variable) {
+        return RunChild("RunsWithTheConfigurationOfItsEnvironment",
+                        {{{"VELSysTrace", variable}, {"HOME", scratch.Path()}, {"QORTraceDir", scratch.Path()}}});
+    };
+    Child child = run("--name LifeCycle Path --file life.txt --rotate-file-size 100000 --rotate-file-count 12 -n");
+    EXPECT_EQ(child.exitCode, 0);
+    ASSERT_EQ(child.out.substr(0, 5), "-1\n0\n");
+    EXPECT_EQ(OnlyFileBelow(BaseDirectory(), "life.txt"), child.out.substr(5));
+
+    std::filesystem::remove_all(BaseDirectory());
+    child = run("-FLifeCycle.txt LifeCycle Path -N");
+    EXPECT_EQ(OnlyFileBelow(BaseDirectory(), "LifeCycle.txt"), child.out.substr(5));
+
+    std::filesystem::remove_all(BaseDirectory());
+    child = run("-e LifeCycle -N");
+    EXPECT_EQ(child.exitCode, 0);
+    EXPECT_EQ(child.err, child.out.substr(5));
+    EXPECT_FALSE(std::filesystem::exists(BaseDirectory()));
+
+    EXPECT_EQ(run("-e Other").exitCode, 1);
+}
+
+TEST_F(TraceHandles, FollowTheOptionFilesOfTheRun) {
+    WriteFile(scratch / "OPFILE.1", "LifeCycle -Flife.txt -N\n");
+    const Child child = RunChild("RunsWithTheConfigurationOfItsEnvironment",
+                                 {{{"HOME", scratch.Path()}, {"QORTraceDir", scratch.Path()}}});
+    EXPECT_EQ(child.exitCode, 0);
+    EXPECT_EQ(OnlyFileBelow(BaseDirectory(), "life.txt"), child.out.substr(5));
 }

@@ -1,7 +1,6 @@
 // Traces on several threads and in several processes.
 
 #include "Child.h"
-#include "QORSysSession.h"
 #include "TraceSupport.h"
 #include "VELSysLifeCycle.h"
 
