@@ -245,7 +245,14 @@ TEST_F(TraceDestination, WhoseDirectoryIsGoneCloses) {
 
 TEST_F(TraceDestination, ClosingMakesNoNewManager) {
     Configure({{"f", {"A"}}});
+    int traces = 0;
+    insideStat = [&](const std::string&) -> std::optional<int> {
+        // What closing calls may trace itself.
+        traces += TraceHandle("A") ? 100 : 1;
+        return std::nullopt;
+    };
     VELSysTraceDestroyManager();
+    EXPECT_EQ(traces, 1);
     EXPECT_EQ(VELSysTraceManagerAddStreamTrace("STDERR", "A", 0, 0), -1);
 }
 

@@ -2,8 +2,6 @@
 
 #include "HeapLog.h"
 #include "TraceSupport.h"
-
-#include "Child.h"
 #include "VirtualTable.h"
 
 #include <climits>
@@ -16,6 +14,16 @@ using Strings = std::vector<std::string>;
 namespace {
 
 class TraceManager : public TraceTest {};
+
+struct Caller {
+    static int Print(VELSysQORTrace& trace, VELSysTraceLineOptions* options, const char* format, ...) {
+        std::va_list arguments;
+        va_start(arguments, format);
+        const int result = trace.InternalMessagePrint(options, format, arguments);
+        va_end(arguments);
+        return result;
+    }
+};
 
 std::string Numbered(const char* stem, int number) {
     return stem + std::to_string(number);
@@ -290,17 +298,16 @@ TEST_F(TraceManager, BuildAnswersWhetherTheNameIsKnown) {
     EXPECT_EQ(FileText("f"), " x");
 }
 
+TEST_F(TraceManager, InternalMessagePrintTakesNoTerminatorOnARing) {
+    Configure({{"r", {"A"}, {{VELSysTraceOptionMemory, 4}}}});
+    VELSysQORTrace trace("A", nullptr, QORTraModeDefault, nullptr, 0);
+    VELSysTraceLineOptions options{0, 1, 0, 0, nullptr, nullptr, nullptr};
+    EXPECT_EQ(Caller::Print(trace, &options, "%d", 12), 0);
+    EXPECT_EQ(FileText("r"), std::string(" 12\0", 4));
+}
+
 TEST_F(TraceManager, InternalMessagePrintNeedsFormatAndOptions) {
     Configure({{"f", {"A"}}});
-    struct Caller {
-        static int Print(VELSysQORTrace& trace, VELSysTraceLineOptions* options, const char* format, ...) {
-            std::va_list arguments;
-            va_start(arguments, format);
-            const int result = trace.InternalMessagePrint(options, format, arguments);
-            va_end(arguments);
-            return result;
-        }
-    };
     VELSysQORTrace trace("A", nullptr, QORTraModeDefault, nullptr, 0);
     VELSysTraceLineOptions options{VELSysTraceName, 3, 0, 8, "tag", "!", "file"};
     EXPECT_EQ(Caller::Print(trace, nullptr, "x"), -1);
