@@ -173,7 +173,7 @@ void AddTime(Appender& prefix, bool isLocalTime, std::time_t& time) {
 }
 
 std::string_view ViewOf(const char* text) {
-    return text != nullptr ? std::string_view(text) : std::string_view();
+    return text != nullptr ? text : "";
 }
 
 /// Writes pieces to a stream that is locked. @return False when not all of it was taken.
