@@ -62,7 +62,7 @@ public:
     /// Closes the present file, and removes it when there is nothing in it.
     void Close();
 
-    /// Whether a text of `length` bytes still goes to the present file.
+    /// Whether a text of `length` bytes still goes to the present file. Pipes and devices take all.
     bool IsMoreWriteAllowed(std::size_t length) const;
 
     /// Rotates if a text of `length` bytes wants it: Close(), RenameFile(), and the present file is opened empty.

@@ -149,7 +149,7 @@ TEST_F(TraceRotate, AFileThatWasTooLargeRotatesAtTheFirstText) {
     EXPECT_EQ(Files(), (Contents{{"log.txt", ""}, {"log.1.txt", "12345678"}}));
 }
 
-TEST_F(TraceRotate, WithoutAPositionItNeverFills) {
+TEST_F(TraceRotate, APipeNeverFills) {
     ASSERT_EQ(mkfifo(Path().c_str(), S_IRWXU), 0);
     VELSysTraceRotate file(Path().c_str(), 4, 1);
     ASSERT_EQ(file.Open(), 0);
@@ -352,13 +352,17 @@ TEST_F(TraceRotate, AFullDiskIsToldOfTextBeyondTheBufferOnly) {
     EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &usual), 0);
 }
 
-TEST_F(TraceRotate, WhatIsNoFileIsNotRemoved) {
-    // Stands in for a device, which has no text in it at the end.
-    ASSERT_EQ(mkfifo(Path().c_str(), S_IRWXU), 0);
+TEST_F(TraceRotate, ADeviceIsNeitherMovedNorRemoved) {
+    fs::create_symlink("/dev/null", Path());
     VELSysTraceRotate file(Path().c_str(), 4, 1);
     ASSERT_EQ(file.Open(), 0);
+    EXPECT_EQ(file.Write("abcd"), 4);
+    EXPECT_EQ(file.Write("much too long"), 13);
     file.Close();
-    EXPECT_TRUE(fs::is_fifo(Path()));
+    ASSERT_EQ(file.Open(), 0);
+    file.Close();
+    EXPECT_EQ(fs::read_symlink(Path()), "/dev/null");
+    EXPECT_FALSE(fs::exists(scratch / "log.1.txt"));
 }
 
 // Callbacks.
@@ -533,6 +537,15 @@ TEST_F(TraceRotateLongNames, AreFoundAgainWithoutTheirLastDigits) {
     WriteFile(path + ".00", "0");
     StampFile(path + ".00", 100);
     EXPECT_EQ(OldestOf(VELSysTraceRotate(path.c_str(), 4, 10000)), 1U);
+}
+
+TEST_F(TraceRotateLongNames, AreNotThoseOfNumbersAboveTheCount) {
+    const std::string path = PathOf(255);
+    WriteFile(path + ".499", "499");
+    WriteFile(path + ".700", "700");
+    StampFile(path + ".499", 2000);
+    StampFile(path + ".700", 1000);
+    EXPECT_EQ(OldestOf(VELSysTraceRotate(path.c_str(), 4, 5000)), 4990U);
 }
 
 TEST_F(TraceRotateLongNames, AreOneWithoutADigit) {

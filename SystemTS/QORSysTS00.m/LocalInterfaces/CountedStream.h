@@ -12,8 +12,8 @@ enum class CountedMode {
     Empty,  ///< As "w+".
 };
 
-/// Opens a file, which is closed by `fclose`. Its position counts what goes through this stream; a file that has none,
-/// such as a pipe, answers -1. The stream can't be read or positioned, and has no `fileno`.
+/// Opens a file, which is closed by `fclose`. Its position counts what goes through this stream; pipes and devices have
+/// none, and -1 is the answer. The stream can't be read or positioned, and has no `fileno`.
 /// @return Null when it can't be opened, and without memory.
 std::FILE* OpenCountedStream(const char* path, CountedMode mode);
 

@@ -13,12 +13,18 @@ namespace {
 
 constexpr mode_t FileMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
 
+/// The size of a file; -1 for what is none.
+off64_t EndOf(int descriptor) {
+    struct stat64 status = {};
+    return fstat64(descriptor, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
+}
+
 /// What stands behind a stream.
 struct CountedFile {
     int descriptor;
     off64_t position; ///< -1 for a file that has none.
 
-    explicit CountedFile(int opened) : descriptor(opened), position(lseek64(opened, 0, SEEK_END)) {}
+    explicit CountedFile(int opened) : descriptor(opened), position(EndOf(opened)) {}
     CountedFile(const CountedFile&) = delete;
     CountedFile& operator=(const CountedFile&) = delete;
     ~CountedFile() { close(descriptor); }

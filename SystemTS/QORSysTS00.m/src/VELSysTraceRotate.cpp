@@ -215,12 +215,6 @@ unsigned long FindFree(NumberedNames& names, unsigned long first) {
     return 0;
 }
 
-/// Devices have no content either, and are not removed for that.
-bool IsFile(const char* path) {
-    struct stat64 status = {};
-    return stat64(path, &status) == 0 && S_ISREG(status.st_mode);
-}
-
 class Descriptor {
 public:
     Descriptor(const char* path, int flags) : _number(open(path, flags | O_CLOEXEC, CopyMode)) {}
@@ -299,8 +293,11 @@ void VELSysTraceRotate::_Build(const char* path) {
 
 bool VELSysTraceRotate::IsMoreWriteAllowed(std::size_t length) const {
     const long position = _stream != nullptr ? std::ftell(_stream) : 0;
-    // A stream without a position, such as a pipe, never fills up.
-    const unsigned long size = position > 0 ? static_cast<unsigned long>(position) : 0;
+    if (position < 0) {
+        // What is no file, such as a device, has no position and never fills up.
+        return true;
+    }
+    const auto size = static_cast<unsigned long>(position);
     return size <= _maximumSize && length <= _maximumSize - size;
 }
 
@@ -355,9 +352,8 @@ void VELSysTraceRotate::Close() {
     }
     const bool isUnwritten = std::ftell(_stream) == 0;
     std::fclose(std::exchange(_stream, nullptr));
-    const SystemText path(_path);
-    if (isUnwritten && IsFile(path.Get())) {
-        unlink(path.Get());
+    if (isUnwritten) {
+        unlink(SystemText(_path).Get());
     }
 }
 
