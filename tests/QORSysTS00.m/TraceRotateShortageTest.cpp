@@ -36,13 +36,15 @@ TEST_P(TraceRotateEnvironment, ShortageLeavesOthersFilesAlone) {
     for (const char* name : OthersFiles) {
         WriteFile(name, "others");
     }
+    // Long enough for blocks that the strings don't keep for themselves.
+    const std::string path = scratch.Path().string() + std::string(100, '/') + "d" + std::string(100, '/') + "log.txt";
     bool hasStruck = true;
     for (int request = 1; hasStruck && request < Requests; ++request) {
         for (const HeapShortage::Extent extent : {HeapShortage::OnlyThatOne, HeapShortage::FromThatOneOn}) {
             {
                 VELSysTraceRotate* file = nullptr;
                 const HeapShortage shortage(request, extent);
-                file = new (std::nothrow) VELSysTraceRotate("log.txt", 4, 1);
+                file = new (std::nothrow) VELSysTraceRotate(path.c_str(), 4, 1);
                 if (file != nullptr) {
                     file->Open();
                     for (const char* text : {"one.", "two.", "tri."}) {
