@@ -69,6 +69,10 @@ struct Line {
     std::string messages;
 };
 
+void PrintTo(const Line& line, std::ostream* out) {
+    *out << line.description;
+}
+
 class ReferenceTraceLines : public testing::TestWithParam<Line> {};
 
 TEST_P(ReferenceTraceLines, AreReadAs) {

@@ -35,6 +35,10 @@ struct Named {
     const char* name;
 };
 
+void PrintTo(const Named& named, std::ostream* out) {
+    *out << named.count;
+}
+
 class TraceRotateNames : public TraceRotate, public testing::WithParamInterface<Named> {};
 
 TEST_P(TraceRotateNames, HaveAsManyDigitsAsTheCountNeeds) {
