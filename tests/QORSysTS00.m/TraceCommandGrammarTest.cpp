@@ -30,6 +30,8 @@ INSTANTIATE_TEST_SUITE_P(Destination, TraceCommand,
                                          Item{"-eo", 0, {"0 STDOUT"}}, Item{"--file f -e", 0, {"0 STDERR"}},
                                          Item{"--file a b -o", 0, {"0 STDOUT"}}, Item{"--file \"a b\"", 0, {"0 a b"}},
                                          Item{"--file -5", 0, {"0 -5"}},
+                                         // The empty argument behind a blank.
+                                         Item{"--file ", 0, {"0 "}},
                                          // Deliberately not reported when it stands last.
                                          Item{"-o --file", 0, {"0 STDOUT"}}));
 
