@@ -90,10 +90,9 @@ public:
 
     /// Writes one line.
     /// @param options  Its looks.
-    /// @return What the destination answers, usually 0; -1 when nothing is written: without format or options, without
-    /// a
-    ///         manager, when the trace is bound to nothing, its destination not enabled, the code out of the
-    ///         destination's range, or the text empty.
+    /// @return What the destination answers, usually 0. -1 when nothing is written: without format, options or manager,
+    ///         when the trace is bound to nothing, its destination not enabled, the code out of the destination's
+    ///         range, or the text empty.
     int InternalMessagePrint(VELSysTraceLineOptions* options, const char* format, std::va_list arguments);
 
     /// Binds to the destination that has the name, and makes the manager if there is none.

@@ -91,8 +91,15 @@ bool TextAudit::Audit(const VELSysPath& file) {
     const QORUnicodeString name = file.ToString(nullptr);
     const std::optional<std::string> content = ReadFile(name);
     if (!content) {
-        std::fprintf(stderr, "%s: cannot be read: %s\n", name.ConvertToChar(), std::strerror(errno));
+        const char* const cause = std::strerror(errno);
+        std::fprintf(stderr, "%s: cannot be read: %s\n", name.ConvertToChar(), cause);
+        if (_trace) {
+            _trace->Warning("%s: %s", name.ConvertToChar(), cause);
+        }
         return false;
+    }
+    if (_trace) {
+        _trace->Info("%s: %zu bytes", name.ConvertToChar(), content->size());
     }
     _WriteLine(name.ConvertToChar(), *content);
     return true;

@@ -2,6 +2,7 @@
 /// The audit of single files.
 #pragma once
 
+#include "AuditTrace.h"
 #include "DeclaredCodePage.h"
 #include "QORSysTS.h"
 
@@ -24,6 +25,7 @@ private:
     void _WriteLine(const char* name, const std::string& content);
     void _WriteOffence(const std::string& content);
 
+    AuditTrace _trace{"Audit.File"};
     std::FILE* _report;
     std::optional<DeclaredCodePage> _codePage;
     VELVectorOfUnicodeString _words;

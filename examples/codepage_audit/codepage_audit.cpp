@@ -7,8 +7,13 @@
 // whether the way to UTF-16 and back gives the same bytes; with a code page declared, where the file leaves it. Then
 // the ten most frequent words of all files. The exit code is 0 when everything could be read, 1 when something could
 // not, 2 for a wrong command line.
+//
+// What it does can be followed by the traces "Audit" and "Audit.File":
+//
+//   VELSysTrace="--name Audit Audit.File -e" codepage_audit DIRECTORY
 
 #include "AuditOptions.h"
+#include "AuditTrace.h"
 #include "DirectoryWalk.h"
 #include "TextAudit.h"
 
@@ -20,6 +25,7 @@
 namespace {
 
 int Run(const AuditOptions& options, std::FILE* report) {
+    const AuditTrace trace("Audit");
     std::vector<VELSysPath> files;
     DirectoryWalk walk(options.pattern, options.depth);
     for (const char* location : options.locations) {
@@ -29,6 +35,9 @@ int Run(const AuditOptions& options, std::FILE* report) {
         } else {
             files.push_back(path);
         }
+        if (trace) {
+            trace->Info("%zu files with those of %s", files.size(), location);
+        }
     }
     TextAudit audit(report, options.codePage);
     std::size_t read = 0;
@@ -36,6 +45,9 @@ int Run(const AuditOptions& options, std::FILE* report) {
         read += audit.Audit(file) ? 1 : 0;
     }
     audit.WriteMostFrequentWords();
+    if (trace) {
+        trace->Info("%zu of %zu files read, %d directories not listed", read, files.size(), walk.Failures());
+    }
     std::fprintf(report, "%zu of %zu files audited\n", read, files.size());
     return read == files.size() && walk.Failures() == 0 ? 0 : 1;
 }
