@@ -122,7 +122,7 @@ TracesWhatItDoes)
     [ "$status" -eq 0 ] || fail "status $status"
     time='[0-9]*-[0-9][0-9]-[0-9][0-9]T[0-9:]*\.[0-9]*Z'
     for line in "\[Audit\]\[[0-9A-F]*\] 1 files with those of $tree/deep" \
-        "\[Audit.File\]\[[0-9A-F]*\] $tree/deep/b.txt: 10 bytes" \
+        "\[Audit.File\]\[[0-9A-F]*\] $tree/deep/b.txt: 11 bytes" \
         '\[Audit\]\[[0-9A-F]*\] 1 of 1 files read, 0 directories not listed'; do
         grep -qx "\[I\]\[$time\]$line" <<<"$errors" || fail "no line '$line': $errors"
     done
@@ -130,7 +130,7 @@ TracesWhatItDoes)
     export VELSysTrace='--name Audit.File --file files.txt' QORTraceDir=$tree
     audit "$tree/deep" -depth=0
     [ -z "$errors" ] || fail "something on standard error: $errors"
-    grep -q "b.txt: 10 bytes\$" "$tree"/VELSysTrace/D*_T*_P*_I/files.txt || fail "nothing in the file"
+    grep -q "b.txt: 11 bytes\$" "$tree"/VELSysTrace/D*_T*_P*_I/files.txt || fail "nothing in the file"
     ;;
 *) fail "unknown case $1" ;;
 esac
