@@ -68,7 +68,8 @@ public:
     VELSysQORTrace& operator=(const VELSysQORTrace&) = delete;
     virtual ~VELSysQORTrace();
 
-    // Lines with the elements of the line options, none at first, and without a level. `format` is that of `printf`.
+    // Lines with the elements of the line options, none at first, and without a level; written also while the trace is
+    // not active. `format` is that of `printf`.
 
     /// A text without a line feed.
     int TraPrint(const char* format, ...) __attribute__((format(printf, 2, 3)));
@@ -95,9 +96,11 @@ public:
     ///         range, or the text empty.
     int InternalMessagePrint(VELSysTraceLineOptions* options, const char* format, std::va_list arguments);
 
-    /// Binds to the destination that has the name, and makes the manager if there is none.
+    /// Binds to the destination that has the name, and makes the manager if there is none. May be called again: a name
+    /// element that showed the old name shows the new one, and the destinations' counts of users stay as they are.
     /// @param mode  Kept by the destination, and not looked at.
-    /// @return 0, or -1 when no destination has the name.
+    /// @return 0. -1 for null, with nothing changed; -1 when no destination has the name, and the trace is then neither
+    ///         active nor enabled.
     int Build(const char* name, const char* destination, unsigned int mode);
 
 protected:
@@ -118,6 +121,7 @@ private:
     friend class VELSysTraceManagerBase;
     struct Layout;
 
+    QORSYSTS_PRIVATE int _Bind(const char* name, unsigned int mode);
     QORSYSTS_PRIVATE int _Print(const char* terminator, int code, const char* format, std::va_list arguments);
 };
 

@@ -24,6 +24,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <ctime>
+#include <memory>
 #include <string_view>
 
 class VELSysTraceRotate;
@@ -190,9 +191,12 @@ protected:
     friend int VELSysTraceManagerAddOptionToTrace(const char* destination, int option, int value);
     friend struct VEL::internal::TraceTable;
     struct Layout;
+    struct Forking;
 
-    /// Makes the table of destinations unless it stands, from `options`, the variable or the option files.
-    QORSYSTS_PRIVATE int _BuildTable(const char* options);
+    QORSYSTS_PRIVATE static std::unique_ptr<VELSysTraceManagerBase> _Make(const char* options);
+    QORSYSTS_PRIVATE static int _Publish(std::unique_ptr<VELSysTraceManagerBase> made, int* created);
+    /// Makes the table of destinations from `options`, the variable or the option files. @return False without memory.
+    QORSYSTS_PRIVATE bool _BuildTable(const char* options);
     QORSYSTS_PRIVATE int _OpenAll();
     QORSYSTS_PRIVATE int _AddTrace(int kind, const char* destination, const char* name);
     QORSYSTS_PRIVATE int _AddStreamTrace(const char* destination, const char* name, unsigned long rotateCount,
@@ -222,7 +226,7 @@ public:
 /// Makes the manager, unless there is one.
 /// @param options  A configuration item, or null for none.
 /// @param created  Becomes 1 when this call made it; may be null.
-/// @return 0; -1 when a destination of the configuration can't be opened.
+/// @return 0; -1 when a destination of the configuration can't be opened, and without memory, where none is made.
 QORSYSTS_EXPORT int VELSysTraceCreateManager(const char* options, int* created);
 
 /// Destroys the manager with its destinations. Traces that are left write nothing from then on.

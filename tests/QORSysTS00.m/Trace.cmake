@@ -18,6 +18,7 @@ qor_wrap(TraceTest ${trace_calls} malloc realloc free _Z13VELDebugBreaki _Znwm _
          _ZnamRKSt9nothrow_t)
 
 qor_add_test(TraceThreadsTest SOURCES TraceSupport.cpp TraceThreadsTest.cpp LINK QORSysTS_static)
+target_compile_definitions(TraceThreadsTest PRIVATE QOR_TEST_DATA="${PROJECT_SOURCE_DIR}/data")
 qor_wrap(TraceThreadsTest ${trace_calls})
 
 qor_add_test(TraceCrashTest SOURCES TraceCrashTest.cpp TraceSupport.cpp LINK QORSysTS_static)

@@ -4,6 +4,7 @@
 #include "TraceSupport.h"
 #include "VELSysLifeCycle.h"
 
+#include <clocale>
 #include <cstdio>
 #include <gtest/gtest.h>
 
@@ -189,6 +190,64 @@ TEST_F(TraceHandles, FollowTheVariableOfTheRun) {
     EXPECT_FALSE(std::filesystem::exists(BaseDirectory()));
 
     EXPECT_EQ(run("-e Other").exitCode, 1);
+}
+
+CHILD_PROGRAM(AsksForATraceInSilence) {
+    sources.reset();
+    const TraceHandle trace("A");
+    std::fputs(std::setlocale(LC_ALL, nullptr), stderr);
+    return trace ? 1 : 0;
+}
+
+TEST_F(TraceHandles, OfARunWithoutConfigurationLeaveTheLocaleAlone) {
+    const Child child = RunChild("AsksForATraceInSilence",
+                                 {{{"HOME", scratch.Path()}, {"QORTraceDir", scratch.Path()}, {"LANG", "C.UTF-8"}}});
+    EXPECT_EQ(child.exitCode, 0);
+    EXPECT_EQ(child.out, "");
+    EXPECT_EQ(child.err, "C");
+    EXPECT_TRUE(std::filesystem::is_empty(scratch.Path()));
+}
+
+CHILD_PROGRAM(InitializesAndFinalizes) {
+    const auto hasManager = [] { return VELSysTraceManagerAddOptionToTrace("STDOUT_COMMON", 4, 1) == 0; };
+    for (const std::string& step : arguments) {
+        if (step == "initialize") {
+            VELSysLifeCycleDispatchInitialization();
+        } else if (step == "finalize") {
+            VELSysLifeCycleDispatchFinalization();
+        } else if (step == "trace") {
+            const TraceHandle trace("COMMON");
+        } else {
+            VELSysLifeCycleDispatchStateChange(std::stoi(step));
+        }
+        std::fputs(hasManager() ? "1" : "0", stderr);
+    }
+    return 0;
+}
+
+TEST_F(TraceHandles, LiveAsLongAsTheSessionThatMadeTheManager) {
+    const auto steps = [&](const std::vector<std::string>& arguments) {
+        return RunChild("InitializesAndFinalizes", {.set = {{"HOME", scratch.Path()}}, .arguments = arguments}).err;
+    };
+    EXPECT_EQ(steps({"initialize", "1", "2", "3", "finalize"}), "11110");
+    EXPECT_EQ(steps({"trace", "initialize", "finalize"}), "111") << "somebody else's";
+    EXPECT_EQ(steps({"initialize", "initialize", "finalize"}), "111") << "the second didn't make it";
+    EXPECT_EQ(steps({"finalize", "initialize", "finalize", "initialize"}), "0101");
+}
+
+TEST_F(TraceHandles, LeaveTheErrorNumberAlone) {
+    Configure({{"f", {"A"}}, {"g", {"B"}}});
+    const std::string cause("%m");
+    errno = 77;
+    const TraceHandle trace("A");
+    EXPECT_EQ(errno, 77);
+    trace->Info(cause.c_str(), 0);
+    EXPECT_EQ(errno, 77);
+    VELSysTraceManagerAddStreamTrace("sub/h", "C", 0, 0);
+    EXPECT_EQ(errno, 77);
+    errno = ENOENT;
+    trace->Info(cause.c_str(), 0);
+    EXPECT_NE(FileText("f").find("No such file"), std::string::npos);
 }
 
 TEST_F(TraceHandles, FollowTheOptionFilesOfTheRun) {

@@ -342,10 +342,18 @@ TEST_P(TraceLineOfEachWriter, HasABlankInFront) {
     EXPECT_EQ(FileText("f"), GetParam().expected);
 }
 
-TEST_P(TraceLineOfEachWriter, NeedsATraceThatIsActive) {
+TEST_P(TraceLineOfEachWriter, NeedsNoTraceThatIsActive) {
     Configure({{"f", {"A"}}});
     VELSysQORTrace trace("A", nullptr, QORTraModeDefault, nullptr, 0);
     VELSysTraceActivate__(&trace, 0);
+    EXPECT_EQ(GetParam().write(trace), 0);
+    EXPECT_EQ(FileText("f"), GetParam().expected);
+}
+
+TEST_P(TraceLineOfEachWriter, NeedsADestinationThatIsEnabled) {
+    Configure({{"f", {"A"}}});
+    VELSysQORTrace trace("A", nullptr, QORTraModeDefault, nullptr, 0);
+    VELSysTraceManagerAddOptionToTrace("f", VELSysTraceOptionEnabled, 0);
     EXPECT_EQ(GetParam().write(trace), -1);
     EXPECT_EQ(FileText("f"), "");
 }

@@ -6,7 +6,7 @@
 
 using VEL::internal::TraceManagerLock;
 
-static_assert(sizeof(TraceManagerLock) == sizeof(void*));
+static_assert(sizeof(TraceManagerLock) >= sizeof TraceManagerHeld::manager);
 
 extern "C" void __wrap__ZN3VEL8internal16TraceManagerLockC1Ev(TraceManagerLock* lock) {
     ++TraceManagerHeld::taken;

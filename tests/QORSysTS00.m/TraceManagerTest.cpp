@@ -2,10 +2,13 @@
 
 #include "HeapLog.h"
 #include "TraceSupport.h"
+#include "VELSysTraceOptions.h"
 #include "VirtualTable.h"
 
 #include <climits>
+#include <cstdio>
 #include <gtest/gtest.h>
+#include <memory>
 
 using namespace TraceSupport;
 using Peek = DestinationPeek;
@@ -23,6 +26,12 @@ struct Caller {
         va_end(arguments);
         return result;
     }
+};
+
+/// A trace whose class shows how it is bound.
+struct BoundTrace : VELSysTrace {
+    using VELSysQORTrace::Build;
+    using VELSysTrace::VELSysTrace;
 };
 
 std::string Numbered(const char* stem, int number) {
@@ -261,8 +270,11 @@ TEST_F(TraceManager, MemoryOptionMakesARingOnce) {
     Configure({{"f", {"A"}}});
     VELSysTraceObjBase& o = DestinationOf("f");
     const auto add = [](int value) { return VELSysTraceManagerAddOptionToTrace("f", VELSysTraceOptionMemory, value); };
-    EXPECT_EQ(add(0), -1);
-    EXPECT_EQ(Peek::Kind(o), VELSysTraceKindStream);
+    for (const int value : {0, -1, INT_MIN}) {
+        EXPECT_EQ(add(value), -1);
+        EXPECT_EQ(Peek::Kind(o), VELSysTraceKindStream);
+        EXPECT_EQ(Peek::MemorySize(o), 0U);
+    }
     EXPECT_EQ(add(8193), 0);
     EXPECT_EQ(Peek::Kind(o), VELSysTraceKindMemory);
     EXPECT_EQ(Peek::MemorySize(o), 8192U);
@@ -363,6 +375,83 @@ TEST_F(TraceManager, TracesOfNamesThatAreGoneMayBeBuiltAgain) {
     EXPECT_EQ(trace.Build("A", nullptr, 0), 0);
     EXPECT_EQ(trace.TraPrint("x"), 0);
     EXPECT_EQ(FileText("g"), " x");
+}
+
+TEST_F(TraceManager, BuildShowsTheNewName) {
+    Configure({{"f", {"A"}}, {"g", {"B"}}});
+    BoundTrace trace("A");
+    EXPECT_EQ(trace.Build("B", nullptr, 0), 0);
+    EXPECT_EQ(trace.Info("x"), 0);
+    EXPECT_EQ(FileText("g"), PlainLine({.level = 1, .tag = "B"}, "x"));
+    VELSysTraceDestroyManager();
+    Configure({{"h", {"B"}}});
+    EXPECT_EQ(trace.Info("y"), -1);
+    EXPECT_EQ(trace.Build("B", nullptr, 0), 0);
+    EXPECT_EQ(trace.Info("z"), 0);
+    EXPECT_EQ(FileText("h"), PlainLine({.level = 1, .tag = "B"}, "z"));
+}
+
+TEST_F(TraceManager, BuildOfANameThatIsNotKnownSwitchesOff) {
+    Configure({{"f", {"A"}}});
+    BoundTrace trace("A");
+    EXPECT_EQ(trace.Build(nullptr, nullptr, 0), -1);
+    EXPECT_EQ(trace.Info("x"), 0);
+    EXPECT_EQ(trace.Build("none", nullptr, 0), -1);
+    EXPECT_EQ(trace.Info("y"), -1);
+    VELSysTraceActivate__(reinterpret_cast<VELSysQORTrace*>(&trace), 1);
+    EXPECT_EQ(trace.Info("y"), -1) << "it isn't enabled either";
+    EXPECT_EQ(trace.Build("A", nullptr, 0), 0);
+    EXPECT_EQ(trace.Info("z"), 0);
+}
+
+TEST_F(TraceManager, UsersAreNotLessThanNone) {
+    Configure({{"f", {"A"}}});
+    {
+        VELSysQORTrace trace("none", nullptr, QORTraModeDefault, nullptr, 0);
+        EXPECT_EQ(trace.Build("A", nullptr, 0), 0);
+        EXPECT_EQ(Peek::Users(DestinationOf("f")), 0U);
+    }
+    EXPECT_EQ(Peek::Users(DestinationOf("f")), 0U);
+}
+
+TEST_F(TraceManager, ForgetsTheTracesThatAreGone) {
+    Configure({{"f", {"A"}}});
+    std::vector<std::unique_ptr<VELSysTrace>> traces;
+    for (int i = 0; i < 5; ++i) {
+        traces.push_back(std::make_unique<VELSysTrace>("A"));
+    }
+    for (const int gone : {2, 0, 4}) {
+        traces[static_cast<std::size_t>(gone)].reset();
+    }
+    VELSysTraceDestroyManager();
+    Configure({{"g", {"A"}}});
+    EXPECT_EQ(traces[1]->Info("x"), -1);
+    EXPECT_EQ(traces[3]->Info("x"), -1);
+    EXPECT_EQ(FileText("g"), "");
+}
+
+TEST_F(TraceManager, MayBeDestroyedByAParsersCallback) {
+    Configure({{"f", {"A"}}});
+    const TraceHandle trace("A");
+    static bool isStillThere = false;
+    static std::filesystem::path directory;
+    directory = ProcessDirectory();
+    const auto addTrace = [](int, const char*, const char*, void*) {
+        VELSysTraceDestroyManager();
+        // Its destinations go with the last who uses it.
+        isStillThere = std::filesystem::exists(directory);
+        return VELSysTraceCreateManager("", nullptr);
+    };
+    const auto addOption = [](const char*, int, int, void*) { return 0; };
+    char text[] = "-FX B\n-FY C\n";
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(fmemopen(text, sizeof text - 1, "r"), std::fclose);
+    EXPECT_EQ(VELSysTraceOpFileParser(file.get(), addTrace, addOption, nullptr, nullptr), 0);
+    EXPECT_TRUE(isStillThere);
+    EXPECT_FALSE(std::filesystem::exists(ProcessDirectory())) << "the file was empty";
+    EXPECT_EQ(trace->Info("x"), -1);
+    EXPECT_EQ(VELSysTraceManagerAddOptionToTrace("STDOUT_COMMON", 4, 1), -1) << "there is none";
+    Configure({{"g", {"A"}}});
+    EXPECT_TRUE(TraceHandle("A"));
 }
 
 TEST_F(TraceManager, SurvivesEveryShortageOfMemory) {

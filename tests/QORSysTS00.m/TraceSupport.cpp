@@ -4,6 +4,7 @@
 #include "TraceManagerLock.h"
 
 #include <cstdio>
+#include <mutex>
 #include <pthread.h>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -18,6 +19,13 @@ namespace {
 struct ManagerPeek : VELSysTraceManager {
     static VELSysTraceObjBase** Slots(VELSysTraceManagerBase& manager) { return manager.*(&ManagerPeek::_slots); }
 };
+
+/// Several threads may configure a manager; one is taken.
+void Ask(const std::string& source) {
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    asked.push_back(source);
+}
 
 int Apply(const std::optional<Items>& items, const TraceSink& sink) {
     if (!items) {
@@ -196,7 +204,7 @@ int __wrap__ZN3VEL8internal14ApplyTraceLineEPKcRKNS0_9TraceSinkE(const char* tex
     if (!sources) {
         return __real__ZN3VEL8internal14ApplyTraceLineEPKcRKNS0_9TraceSinkE(text, sink);
     }
-    asked.push_back(std::string("text ") + (text != nullptr ? text : "(null)"));
+    Ask(std::string("text ") + (text != nullptr ? text : "(null)"));
     return Apply(sources->text, sink);
 }
 
@@ -205,7 +213,7 @@ int __wrap__ZN3VEL8internal18ApplyTraceVariableERKNS0_9TraceSinkE(const TraceSin
     if (!sources) {
         return __real__ZN3VEL8internal18ApplyTraceVariableERKNS0_9TraceSinkE(sink);
     }
-    asked.emplace_back("variable");
+    Ask("variable");
     return Apply(sources->variable, sink);
 }
 
@@ -214,7 +222,7 @@ int __wrap__ZN3VEL8internal21ApplyTraceOptionFilesERKNS0_9TraceSinkE(const Trace
     if (!sources) {
         return __real__ZN3VEL8internal21ApplyTraceOptionFilesERKNS0_9TraceSinkE(sink);
     }
-    asked.emplace_back("files");
+    Ask("files");
     return Apply(sources->files, sink);
 }
 }

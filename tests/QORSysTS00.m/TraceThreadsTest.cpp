@@ -3,14 +3,18 @@
 #include "Child.h"
 #include "TraceSupport.h"
 #include "VELSysLifeCycle.h"
+#include "VELSysNLSCore.h"
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <gtest/gtest.h>
 #include <map>
 #include <sstream>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 using namespace TraceSupport;
@@ -142,6 +146,11 @@ TEST_F(TraceThreads, MakeOneManager) {
     for (int round = 0; round < 50; ++round) {
         sources = Sources{.text = Items{{"f", {"A"}}}};
         std::atomic<int> makers{0};
+        int opened = 0;
+        insideMakeDirectory = [&](const std::string& path, unsigned int) -> std::optional<int> {
+            opened += path.ends_with("_I") ? 1 : 0;
+            return std::nullopt;
+        };
         OnThreads(4, [&](int thread) {
             if (thread % 2 == 0) {
                 EXPECT_TRUE(TraceHandle("A"));
@@ -152,9 +161,73 @@ TEST_F(TraceThreads, MakeOneManager) {
             }
         });
         EXPECT_LE(makers, 1);
-        EXPECT_EQ(asked.size(), static_cast<std::size_t>(round) + 1);
+        EXPECT_EQ(opened, 1);
         VELSysTraceDestroyManager();
     }
+}
+
+TEST_F(TraceThreads, WriteInACopyOfTheProcessThatIsMadeWhileAnotherWrites) {
+    Configure({{"f", {"A"}}});
+    const TraceHandle trace("A");
+    std::atomic<bool> isOver{false};
+    std::thread writer([&] {
+        while (!isOver) {
+            trace->Info("of the writer");
+        }
+    });
+    for (int round = 0; round < 50; ++round) {
+        const pid_t pid = fork();
+        if (pid == 0) {
+            alarm(20);
+            const bool isWritten = trace->Info("of the copy") == 0;
+            void* another = nullptr;
+            VELSysTraceCreate__(&another, "A");
+            _exit(isWritten && another != nullptr ? 0 : 1);
+        }
+        int status = -1;
+        waitpid(pid, &status, 0);
+        EXPECT_EQ(status, 0) << round;
+        if (status != 0) {
+            break;
+        }
+    }
+    isOver = true;
+    writer.join();
+    EXPECT_EQ(trace->Info("after all"), 0);
+}
+
+CHILD_PROGRAM(TracesInAHookWhileAnotherThreadReadsOptionFiles) {
+    static std::atomic<bool> isInHook{false};
+    static std::atomic<bool> isReading{false};
+    alarm(20);
+    sources.reset();
+    usesSystemClocks = true;
+    RegisterNLSChangeHook([](const VELSysNLSEnv&) {
+        isInHook = true;
+        while (!isReading) {
+            std::this_thread::yield();
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        const TraceHandle trace("A");
+    });
+    std::thread decider([] { InitNLSCore(nullptr, true); });
+    while (!isInHook) {
+        std::this_thread::yield();
+    }
+    isReading = true;
+    VELSysTraceCreateManager(nullptr, nullptr);
+    decider.join();
+    return TraceHandle("A") ? 0 : 1;
+}
+
+TEST_F(TraceThreads, MayTraceWhileTheLanguageIsDecided) {
+    const std::filesystem::path home = scratch / "f\xC3\xBCr";
+    std::filesystem::create_directory(home);
+    WriteFile(home / "OPFILE.1", "-e A\n");
+    const Child child = RunChild("TracesInAHookWhileAnotherThreadReadsOptionFiles",
+                                 {{{"HOME", home.string()}, {"LANG", "C.UTF-8"}, {"QORReffilesPath", QOR_TEST_DATA}}});
+    EXPECT_EQ(child.signal, 0) << "they wait for each other";
+    EXPECT_EQ(child.exitCode, 0) << child.err;
 }
 
 TEST_F(TraceThreads, WriteWhileTheManagerEnds) {

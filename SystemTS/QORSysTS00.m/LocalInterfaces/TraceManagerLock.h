@@ -6,7 +6,8 @@
 
 namespace VEL::internal {
 
-/// Locks the manager, so that no other thread uses or destroys it. A thread may hold several of these.
+/// Locks the manager, so that no other thread uses or destroys it. A thread may hold several of these; when it destroys
+/// the manager meanwhile, that is in effect at once but the object goes with the last of them.
 class TraceManagerLock {
 public:
     TraceManagerLock();
@@ -21,6 +22,7 @@ public:
 
 private:
     VELSysTraceManagerBase* _manager;
+    int _error;
 };
 
 } // namespace VEL::internal

@@ -60,6 +60,15 @@ int VELSysQORTrace::Build(const char* name, const char*, unsigned int mode) {
     if (name == nullptr) {
         return -1;
     }
+    if (_Bind(name, mode) == 0) {
+        return 0;
+    }
+    _isEnabled.store(false, std::memory_order_relaxed);
+    _isActive.store(false, std::memory_order_relaxed);
+    return -1;
+}
+
+int VELSysQORTrace::_Bind(const char* name, unsigned int mode) {
     if (const VEL::internal::TraceManagerLock manager; manager) {
         return manager->_Bind(*this, name, mode);
     }
@@ -79,11 +88,9 @@ int VELSysQORTrace::InternalMessagePrint(VELSysTraceLineOptions* options, const 
     return manager->_Write(*_destination, *options, format, arguments);
 }
 
-/// A line that the trace's options describe but for terminator and code.
+/// A line that the trace's options describe but for terminator and code. Deliberately it is written on a trace that is
+/// not active, too.
 int VELSysQORTrace::_Print(const char* terminator, int code, const char* format, std::va_list arguments) {
-    if (!_IsOn()) {
-        return -1;
-    }
     VELSysTraceLineOptions line = _line;
     line.terminator = terminator;
     line.code = code;
@@ -271,9 +278,9 @@ void VELSysTraceCreate__(void** handle, const char* name) {
         return;
     }
     void* none = nullptr;
-    // Release: who sees the handle sees the trace behind it.
-    if (!made->_isEnabled || !std::atomic_ref(*handle).compare_exchange_strong(none, made, std::memory_order_release,
-                                                                               std::memory_order_relaxed)) {
+    // Who sees the handle sees the trace behind it, also who comes second.
+    if (!made->_isEnabled || !std::atomic_ref(*handle).compare_exchange_strong(none, made, std::memory_order_acq_rel,
+                                                                               std::memory_order_acquire)) {
         delete made;
     }
 }

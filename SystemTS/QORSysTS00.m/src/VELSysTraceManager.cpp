@@ -3,14 +3,15 @@
 #include "HeapMemory.h"
 #include "TraceConfiguration.h"
 #include "TraceManagerLock.h"
-#include "VELSysCodePage.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <pthread.h>
 #include <utility>
@@ -23,13 +24,28 @@ namespace {
 constexpr const char* CommonName = "COMMON";
 constexpr const char* CommonDestination = "STDOUT_COMMON";
 
-/// Guards the two pointers, and keeps the manager while it is used: its own mutex goes with it. Recursive, since what
-/// the table is built from may trace. Never destroyed.
+/// Guards the two pointers, and keeps the manager while it is used: its own mutex goes with it. Recursive, since a line
+/// may be written while another is. Never destroyed.
 constinit pthread_mutex_t s_guard = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
 /// The manager in use.
 constinit VELSysTraceManagerBase* s_manager = nullptr;
-/// The one to delete.
+/// The one to delete; longer there than the one in use while it is deleted, so that nothing makes another meanwhile.
 constinit VELSysTraceManagerBase* s_owned = nullptr;
+/// The locks that the holder of the guard has on the manager.
+constinit int s_locks = 0;
+/// Set when it destroyed the manager, which goes with the last of them.
+constinit bool s_isDoomed = false;
+
+/// Set while this thread reads a configuration: what that traces makes no manager.
+constinit thread_local bool t_isConfiguring = false;
+
+class Guard {
+public:
+    Guard() { pthread_mutex_lock(&s_guard); }
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+    ~Guard() { pthread_mutex_unlock(&s_guard); }
+};
 
 /// The traces that are bound to destinations of the manager. Under the guard.
 union BoundTraces {
@@ -42,16 +58,27 @@ constinit BoundTraces s_bound;
 
 /// @return False without memory.
 bool Remember(VELSysQORTrace* trace) {
-    auto& traces = s_bound.traces;
-    if (std::find(traces.begin(), traces.end(), trace) != traces.end()) {
-        return true;
-    }
     try {
-        traces.push_back(trace);
+        s_bound.traces.push_back(trace);
     } catch (const std::bad_alloc&) {
         return false;
     }
     return true;
+}
+
+/// The latest is looked for first: traces usually go in the opposite order.
+void Forget(const VELSysQORTrace* trace) {
+    auto& traces = s_bound.traces;
+    const auto found = std::find(traces.rbegin(), traces.rend(), trace);
+    if (found != traces.rend()) {
+        *found = traces.back();
+        traces.pop_back();
+    }
+}
+
+void DeleteOwned() {
+    delete s_owned;
+    s_owned = nullptr;
 }
 
 } // namespace
@@ -76,8 +103,11 @@ struct VELSysTraceManagerBase::Layout {
 };
 #pragma GCC diagnostic pop
 
-VEL::internal::TraceManagerLock::TraceManagerLock() {
+// The error number stays what it was for who traces between a call and the look at it.
+
+VEL::internal::TraceManagerLock::TraceManagerLock() : _error(errno) {
     pthread_mutex_lock(&s_guard);
+    ++s_locks;
     _manager = s_manager;
     if (_manager != nullptr) {
         _manager->_mutex.Lock();
@@ -88,8 +118,39 @@ VEL::internal::TraceManagerLock::~TraceManagerLock() {
     if (_manager != nullptr) {
         _manager->_mutex.Unlock();
     }
+    if (--s_locks == 0 && std::exchange(s_isDoomed, false)) {
+        DeleteOwned();
+    }
     pthread_mutex_unlock(&s_guard);
+    errno = _error;
 }
+
+/// A copy of the process that is made in the midst of a line would find the locks held by a thread that it doesn't
+/// have.
+struct VELSysTraceManagerBase::Forking {
+    static void Prepare() {
+        pthread_mutex_lock(&s_guard);
+        if (s_owned != nullptr) {
+            s_owned->_mutex.Lock();
+        }
+    }
+    static void GoOnInParent() {
+        if (s_owned != nullptr) {
+            s_owned->_mutex.Unlock();
+        }
+        pthread_mutex_unlock(&s_guard);
+    }
+    /// The locks know their holder by a number that the copy's thread doesn't have.
+    static void GoOnInChild() {
+        if (s_owned != nullptr) {
+            new (&s_owned->_mutex) QORMutex(0, 1, 0);
+        }
+        s_guard = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
+    }
+    static void Watch() {
+        [[maybe_unused]] static const int watched = pthread_atfork(Prepare, GoOnInParent, GoOnInChild);
+    }
+};
 
 VELSysTraceManagerBase::VELSysTraceManagerBase() = default;
 
@@ -104,13 +165,10 @@ VELSysTraceManagerBase::~VELSysTraceManagerBase() {
 
 VELSysTraceManager::~VELSysTraceManager() = default;
 
-int VELSysTraceManagerBase::_BuildTable(const char* options) {
-    if (_slots != nullptr) {
-        return 0;
-    }
+bool VELSysTraceManagerBase::_BuildTable(const char* options) {
     _slots = new (std::nothrow) VELSysTraceObjBase*[Slots]();
     if (_slots == nullptr) {
-        return -1;
+        return false;
     }
     _slotCount = Slots;
     _AddTrace(VELSysTraceKindStream, CommonDestination, CommonName);
@@ -120,7 +178,7 @@ int VELSysTraceManagerBase::_BuildTable(const char* options) {
     if (VEL::internal::ApplyTraceLine(options, sink) != 0 && VEL::internal::ApplyTraceVariable(sink) != 0) {
         VEL::internal::ApplyTraceOptionFiles(sink);
     }
-    return _OpenAll();
+    return true;
 }
 
 /// Opens the destinations that aren't open. @return -1 when one of them can't be opened.
@@ -236,10 +294,13 @@ int VELSysTraceManagerBase::_Bind(VELSysQORTrace& trace, const char* name, unsig
         if (stored == nullptr) {
             continue;
         }
-        if (!Remember(&trace)) {
+        if (trace._destination == nullptr && !Remember(&trace)) {
             break;
         }
         destination->_mode = mode;
+        if (trace._name != nullptr && trace._line.tag == trace._name) {
+            trace._line.tag = stored;
+        }
         trace._name = stored;
         trace._destination = destination;
         trace._isEnabled.store(destination->_isEnabled, std::memory_order_relaxed);
@@ -262,7 +323,7 @@ void VELSysTraceManagerBase::_Unbind(VELSysQORTrace& trace) {
     if (trace._destination->_users > 0) {
         --trace._destination->_users;
     }
-    std::erase(s_bound.traces, &trace);
+    Forget(&trace);
 }
 
 /// Has the traces that are left write nothing, also when a new manager stands. Under the guard.
@@ -308,37 +369,58 @@ int VELSysTraceManagerBase::_Write(VELSysTraceObjBase& destination, const VELSys
     }
 }
 
-int VELSysTraceCreateManager(const char* options, int* created) {
-    // Not under the locks: the configuration is text, whose first conversion makes the language decision.
-    VELSysCodePage::GetEnvConverter();
-    pthread_mutex_lock(&s_guard);
-    int result = 0;
-    // What a manager does while it is destroyed makes no new one.
-    if (s_manager == nullptr && s_owned == nullptr) {
-        if (auto* const made = new (std::nothrow) VELSysTraceManager) {
-            s_manager = made;
-            s_owned = made;
-            made->_mutex.Lock();
-            result = made->_BuildTable(options);
-            made->_mutex.Unlock();
-            if (created != nullptr) {
-                *created = 1;
-            }
-        } else {
-            result = -1;
-        }
+/// The table is made before anybody else sees the manager, and under no lock but the manager's own: the text of option
+/// files may need a language decision, whose hooks may trace.
+std::unique_ptr<VELSysTraceManagerBase> VELSysTraceManagerBase::_Make(const char* options) {
+    std::unique_ptr<VELSysTraceManagerBase> made(new (std::nothrow) VELSysTraceManager);
+    if (made == nullptr) {
+        return nullptr;
     }
-    pthread_mutex_unlock(&s_guard);
+    t_isConfiguring = true;
+    made->_mutex.Lock();
+    const bool hasTable = made->_BuildTable(options);
+    made->_mutex.Unlock();
+    t_isConfiguring = false;
+    return hasTable ? std::move(made) : nullptr;
+}
+
+/// Puts a manager into use, unless there is one. @return The result of opening its destinations.
+int VELSysTraceManagerBase::_Publish(std::unique_ptr<VELSysTraceManagerBase> made, int* created) {
+    const Guard guard;
+    if (s_owned != nullptr) {
+        return 0;
+    }
+    s_manager = s_owned = made.release();
+    s_manager->_mutex.Lock();
+    const int result = s_manager->_OpenAll();
+    s_manager->_mutex.Unlock();
+    if (created != nullptr) {
+        *created = 1;
+    }
     return result;
 }
 
+int VELSysTraceCreateManager(const char* options, int* created) {
+    {
+        const Guard guard;
+        if (s_owned != nullptr || t_isConfiguring) {
+            return 0;
+        }
+    }
+    VELSysTraceManagerBase::Forking::Watch();
+    std::unique_ptr<VELSysTraceManagerBase> made = VELSysTraceManagerBase::_Make(options);
+    return made != nullptr ? VELSysTraceManagerBase::_Publish(std::move(made), created) : -1;
+}
+
 void VELSysTraceDestroyManager() {
-    pthread_mutex_lock(&s_guard);
+    const Guard guard;
     s_manager = nullptr;
     VELSysTraceManagerBase::_UnbindAll();
-    delete s_owned;
-    s_owned = nullptr;
-    pthread_mutex_unlock(&s_guard);
+    if (s_locks != 0) {
+        s_isDoomed = true;
+        return;
+    }
+    DeleteOwned();
 }
 
 int VELSysTraceManagerAddStreamTrace(const char* destination, const char* name, unsigned long rotateCount,
