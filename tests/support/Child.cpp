@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <stdexcept>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -91,6 +92,18 @@ void Capture(int out, int err, Child& child) {
     }
 }
 
+/// True when a sanitizer complains. Signals, which children also end by on purpose, have names in capitals.
+bool HasReport(const std::string& text) {
+    constexpr std::string_view mark = "Sanitizer: ";
+    for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) {
+        const std::size_t kind = at + mark.size();
+        if (kind < text.size() && text[kind] >= 'a' && text[kind] <= 'z') {
+            return true;
+        }
+    }
+    return text.find("runtime error: ") != std::string::npos;
+}
+
 Child Run(std::vector<std::string> command, const ChildSetup& setup) {
     std::vector<std::string> environment = EnvironmentOf(setup);
     const std::vector<char*> argv = Pointers(command);
@@ -117,6 +130,9 @@ Child Run(std::vector<std::string> command, const ChildSetup& setup) {
     waitpid(pid, &status, 0);
     child.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     child.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    if (!setup.mayBeReported && HasReport(child.err)) {
+        ADD_FAILURE() << "a sanitizer reports of the child:\n" << child.err;
+    }
     return child;
 }
 
@@ -155,9 +171,14 @@ int main(int argc, char** argv) {
         const auto program = Programs().find(argv[2]);
         return program != Programs().end() ? program->second({argv + 3, argv + argc}) : 125;
     }
+    const bool isAlone = argc == 2;
     testing::InitGoogleMock(&argc, argv);
-    if (argc == 2 && std::strcmp(argv[1], ProcessPerTestSwitch) == 0) {
-        return RunEachTestInItsOwnProcess();
+    if (isAlone && argc == 2 && std::strcmp(argv[1], ProcessPerTestSwitch) == 0) {
+        return RunEachTestInItsOwnProcess(argv);
+    }
+    if (argc > 1) {
+        std::fprintf(stderr, "usage: %s [GoogleTest's options] | %s\n", argv[0], ProcessPerTestSwitch);
+        return 2;
     }
     return RUN_ALL_TESTS();
 }

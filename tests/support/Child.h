@@ -28,6 +28,7 @@ struct ChildSetup {
     std::map<std::string, std::string> set;  ///< Variables added to the environment.
     std::vector<std::string> arguments = {}; ///< Given to the child program.
     std::string workingDirectory = {};       ///< Where it runs; empty for the test's own.
+    bool mayBeReported = false;              ///< What a sanitizer reports of it doesn't fail the test.
 };
 
 /// What became of a child.
@@ -39,7 +40,9 @@ struct Child {
 };
 
 /// Runs a child program to its end. The environment holds what `setup` sets, besides the variables that the loader and
-/// the sanitizers read; everything else of the test's own environment is left out.
+/// the sanitizers read; everything else of the test's own environment is left out. A sanitizer's report on the child's
+/// standard error fails the calling test, whatever else is expected of the child; signals, as of a deliberate abort,
+/// are no report.
 Child RunChild(const std::string& program, const ChildSetup& setup = {});
 
 /// Runs another executable in the same way.

@@ -6,6 +6,9 @@
 /// which nothing has run yet, is made for each test.
 #pragma once
 
-/// Runs every test that isn't disabled and prints what those that fail have written.
+/// Runs every test that isn't disabled and prints what those that fail have written. A test that ends its process has
+/// failed, whatever its exit code. What it leaves running is killed; so is one that takes too long. Variables of
+/// GoogleTest ("GTEST_...") have no effect.
+/// @param argv  With what the program was started.
 /// @return 0 when all have passed or were skipped, otherwise 1.
-int RunEachTestInItsOwnProcess();
+int RunEachTestInItsOwnProcess(char** argv);
