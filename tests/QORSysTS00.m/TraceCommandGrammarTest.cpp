@@ -61,6 +61,13 @@ INSTANTIATE_TEST_SUITE_P(
              0,
              {"0 life.txt", "0 life.txt LifeCycle", "0 life.txt Path", "life.txt 12=1", "life.txt 14=12",
               "life.txt 13=100000"}},
+        // In an order of their own.
+        Item{"-n -o --rotate-file-count 3 --rotate-file-size 5",
+             0,
+             {"0 STDOUT", "STDOUT 14=3", "STDOUT 13=5", "STDOUT 4=0"}},
+        Item{"-n -o --rotate-file-size 5 --rotate-file-count 3 --local-time --name A",
+             0,
+             {"0 STDOUT", "0 STDOUT A", "STDOUT 12=1", "STDOUT 14=3", "STDOUT 13=5", "STDOUT 4=0"}},
         Item{"-n -o --name A", 0, {"0 STDOUT", "0 STDOUT A", "STDOUT 4=0"}},
         Item{"-o --rotate-file-count 3 4 --rotate-file-size 5 6", 0, {"0 STDOUT", "STDOUT 14=3", "STDOUT 13=5"}},
         Item{"-o --rotate-file-count 0 --rotate-file-size -5", 0, {"0 STDOUT"}},

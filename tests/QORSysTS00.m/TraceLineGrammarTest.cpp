@@ -43,6 +43,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Item{"A -Fa -Fb", 0, {"0 a", "0 a A"}}, Item{"-Slog -Frun A", 0, {"2 log", "2 log A"}},
                     // No name directly behind the letter.
                     Item{"-F -E A", 0, {"0 STDERR", "0 STDERR A"}}, Item{"-F run -O", 0, {"0 STDOUT", "0 STDOUT run"}},
+                    Item{"-S -E A", 0, {"0 STDERR", "0 STDERR A"}}, Item{"-S -O", 0, {"0 STDOUT"}},
                     Item{"-S\t-F\n-Frun", 0, {"0 run"}}, Item{"-S -Frun", 0, {"0 run"}},
                     Item{"-F-E A", 0, {"0 -E", "0 -E A"}}));
 

@@ -226,6 +226,21 @@ TEST_F(TraceOptions, WithNamesThatNoPathHoldsArePassedOver) {
     EXPECT_THAT(visitor.paths, ElementsAre(std::filesystem::path(scratch + "/OPFILE.5/OPFILE.3").wstring()));
 }
 
+TEST_F(TraceOptions, MayStandInALongDirectory) {
+    std::string directory = scratch.Path();
+    for (const std::size_t least : {300U, 700U}) {
+        while (directory.size() < least) {
+            directory += "/" + std::string(199, 'd');
+        }
+        std::filesystem::create_directories(directory);
+        WriteFile(directory + "/OPFILE.1", "-O A\n");
+        setenv("HOME", directory.c_str(), 1);
+        Recorder recorder;
+        EXPECT_EQ(ApplyTraceOptionFiles(recorder.Sink()), 0);
+        EXPECT_THAT(recorder.calls, ElementsAre("0 STDOUT", "0 STDOUT A")) << directory.size();
+    }
+}
+
 TEST_F(TraceOptions, MayStandInARelativeDirectory) {
     Make({"OPFILE.1"});
     const auto before = std::filesystem::current_path();

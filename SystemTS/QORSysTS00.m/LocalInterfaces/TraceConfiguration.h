@@ -16,12 +16,14 @@ struct TraceSink {
     void* data;
 };
 
-/// Takes one item in the line grammar. @return 0; -1 when it names no destination or a part of it was refused.
+/// Takes one item in the line grammar. @return 0; -1 when it names no destination or a part of it was refused; what
+/// `addTrace` answers when that refuses the destination, which ends the item.
 int ApplyTraceLine(const char* text, const TraceSink& sink);
 /// Takes one item in the command grammar. @return 0; -1 when it can't be parsed, names no destination or that was
 /// refused.
 int ApplyTraceCommand(const char* text, const TraceSink& sink);
-/// Takes the items of the environment variable "VELSysTrace". @return 0; -1 when it isn't set or an item was refused.
+/// Takes the items of the environment variable "VELSysTrace". @return 0; -1 when it isn't set; what ApplyTraceLine()
+/// answers for the first item that both grammars refuse, which ends it.
 int ApplyTraceVariable(const TraceSink& sink);
 /// Takes the option files. @return 0; -1 when a line was refused or a file can't be read.
 int ApplyTraceOptionFiles(const TraceSink& sink);

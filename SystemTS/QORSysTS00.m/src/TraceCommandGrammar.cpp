@@ -1,5 +1,6 @@
 // The command grammar of a trace configuration.
 
+#include "CommandOption.h"
 #include "TraceConfiguration.h"
 #include "VELSysEnviron.h"
 #include "VELSysTraceManager.h"
@@ -28,6 +29,7 @@ public:
     ~Arguments() { VELSysEnvironDeleteArgumentArrayA(&_slots, _count); }
 
     char** Slots() const { return _slots; }
+    char** End() const { return _slots + _count; }
     int Count() const { return _count; }
 
 private:
@@ -57,7 +59,7 @@ struct Command {
 
     int Parse(const Arguments& arguments);
     const char* Destination() const;
-    void AddNames(const char* destination, const TraceSink& sink) const;
+    void AddNames(const Arguments& arguments, const char* destination, const TraceSink& sink) const;
     void AddOptions(const char* destination, const TraceSink& sink) const;
 };
 
@@ -87,15 +89,14 @@ const char* Command::Destination() const {
     return file.Values() == 1 ? file.Value() : nullptr;
 }
 
-void Command::AddNames(const char* destination, const TraceSink& sink) const {
+void Command::AddNames(const Arguments& arguments, const char* destination, const TraceSink& sink) const {
     int left = names.Values();
-    for (char** slot = names.firstValue; left > 0; ++slot) {
+    for (char** slot = names.firstValue; left > 0 && slot != arguments.End(); ++slot) {
         // Short options may stand between the names.
-        if (*slot == nullptr || ((*slot)[0] == '-' && ((*slot)[1] < '0' || (*slot)[1] > '9'))) {
-            continue;
+        if (!VEL::internal::IsCommandOption(*slot)) {
+            sink.addTrace(VELSysTraceKindStream, destination, *slot, sink.data);
+            --left;
         }
-        sink.addTrace(VELSysTraceKindStream, destination, *slot, sink.data);
-        --left;
     }
 }
 
@@ -130,7 +131,7 @@ int VEL::internal::ApplyTraceCommand(const char* text, const TraceSink& sink) {
         return -1;
     }
     // What becomes of these is not looked at, deliberately: the destination stands.
-    command.AddNames(destination, sink);
+    command.AddNames(arguments, destination, sink);
     command.AddOptions(destination, sink);
     return 0;
 }

@@ -38,6 +38,7 @@ void CopyPiece(char (&piece)[PieceSize], const char* text, std::size_t length) {
 bool FindDestination(const char* text, Destination& found) {
     for (const char* dash = std::strchr(text, '-'); dash != nullptr; dash = std::strchr(dash + 1, '-')) {
         const char* name = nullptr;
+        int kind = VELSysTraceKindStream;
         switch (dash[1]) {
         case 'E':
         case 'e':
@@ -50,18 +51,18 @@ bool FindDestination(const char* text, Destination& found) {
         case 'F':
         case 'f':
             name = dash + 2;
-            found.kind = VELSysTraceKindStream;
             break;
         case 'S':
         case 's':
             name = dash + 2;
-            found.kind = VELSysTraceKindSystem;
+            kind = VELSysTraceKindSystem;
             break;
         default:
             continue;
         }
         const std::size_t length = std::strcspn(name, WhiteSpace);
         if (length > 0) {
+            found.kind = kind;
             CopyPiece(found.name, name, length);
             return true;
         }

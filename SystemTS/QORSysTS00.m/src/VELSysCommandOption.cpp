@@ -2,6 +2,8 @@
 
 #include "VELSysEnviron.h"
 
+#include "CommandOption.h"
+
 #include <cstddef>
 #include <cstring>
 
@@ -13,11 +15,6 @@ static_assert(sizeof(LongOption) == 32 && offsetof(LongOption, kind) == 8 && off
               offsetof(LongOption, counter) == 24);
 
 namespace {
-
-bool IsOption(const char* argument) {
-    const char second = argument[0] == '-' ? argument[1] : '0';
-    return second < '0' || second > '9';
-}
 
 /// Names that differ mostly differ in this byte. It spares tables of many long options most comparisons.
 unsigned char MarkOf(const char* name) {
@@ -57,7 +54,7 @@ public:
 
     /// Takes one argument. @return False when it is wrong.
     bool Take(char** argument) {
-        if (!IsOption(*argument)) {
+        if (!VEL::internal::IsCommandOption(*argument)) {
             return TakeValue(argument);
         }
         if (_current != nullptr && _current->kind == VELSysEnvironCommandOptionValues && *_current->counter == 1) {
