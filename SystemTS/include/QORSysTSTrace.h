@@ -65,9 +65,8 @@ public:
 
     /// Switches the trace on.
     /// @param state  The new state; with StateActive a file is emptied when it is opened, otherwise it is appended to.
-    /// @param file   "STDOUT", "stdout", "STDERR", "stderr" or the name of a file; standard error, with a message
-    /// there,
-    ///               when that can't be opened. Null leaves what is set.
+    /// @param file   "STDOUT", "stdout", "STDERR", "stderr" or the name of a file; standard error, with a
+    ///               message there, when that can't be opened. Null leaves what is set.
     void SetState(int state, char* file);
 
     /// Reads the option file, once per process.

@@ -6,11 +6,32 @@
 #include "ScratchDirectory.h"
 
 #include <climits>
+#include <cstdarg>
 #include <cstring>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <memory>
+#include <new>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
+
+namespace {
+
+/// What the library has opened last.
+std::string s_lastOpened;
+
+} // namespace
+
+extern "C" int __real_open(const char* name, int flags, ...);
+extern "C" int __wrap_open(const char* name, int flags, ...) {
+    s_lastOpened = name;
+    std::va_list more;
+    va_start(more, flags);
+    const unsigned int mode = (flags & O_CREAT) != 0 ? va_arg(more, unsigned int) : 0;
+    va_end(more);
+    return __real_open(name, flags, mode);
+}
 
 namespace {
 
@@ -260,9 +281,68 @@ TEST_F(ReferenceTraceRecord, IsActiveOnceTheStateIsSet) {
     EXPECT_FALSE(record.IsActive());
     record.SetState(2, nullptr);
     EXPECT_TRUE(record.IsActive());
+}
+
+unsigned short StateOf(const QORSysTSRefTrace& record) {
     unsigned short state = 0;
     std::memcpy(&state, reinterpret_cast<const char*>(&record) + 2, sizeof state);
-    EXPECT_EQ(state, 3);
+    return state;
+}
+
+unsigned short ReferencesOf(const QORSysTSRefTrace& record) {
+    unsigned short references = 0;
+    std::memcpy(&references, &record, sizeof references);
+    return references;
+}
+
+std::FILE* FileOf(const QORSysTSRefTrace& record) {
+    std::FILE* opened = nullptr;
+    std::memcpy(&opened, reinterpret_cast<const char*>(&record) + 72, sizeof opened);
+    return opened;
+}
+
+TEST_F(ReferenceTraceRecord, TakesANewStateInPlaceOfTheOldOne) {
+    QORSysTSRefTrace record("A");
+    record.SetState(2, nullptr);
+    EXPECT_EQ(StateOf(record), 3);
+    record.SetState(0, nullptr);
+    EXPECT_EQ(StateOf(record), 1);
+}
+
+TEST_F(ReferenceTraceRecord, CanReadWhatItAppendsTo) {
+    QORSysTSRefTrace record("A");
+    record.SetState(0, file.data());
+    const int appending = fcntl(fileno(FileOf(record)), F_GETFL);
+    EXPECT_EQ(appending & O_ACCMODE, O_RDWR);
+    EXPECT_NE(appending & O_APPEND, 0);
+    record.SetState(1, file.data());
+    const int emptying = fcntl(fileno(FileOf(record)), F_GETFL);
+    EXPECT_EQ(emptying & O_ACCMODE, O_WRONLY);
+    EXPECT_EQ(emptying & O_APPEND, 0);
+}
+
+TEST_F(ReferenceTraceRecord, IsClearWhenItIsDestroyed) {
+    alignas(QORSysTSRefTrace) unsigned char place[sizeof(QORSysTSRefTrace)];
+    QORSysTSRefTrace* const record = new (place) QORSysTSRefTrace("A");
+    record->SetState(2, file.data());
+    const auto* const next = reinterpret_cast<const unsigned char*>(&file);
+    std::memcpy(place + 80, &next, sizeof next);
+    record->~QORSysTSRefTrace();
+    EXPECT_THAT(std::vector<unsigned char>(place, place + 4), testing::Each(0));
+    EXPECT_THAT(std::vector<unsigned char>(place + 72, place + 88), testing::Each(0));
+}
+
+TEST_F(ReferenceTraceRecord, LosesAReferenceWithEachTrace) {
+    setenv("QORSysTSTraDecLoad", "", 1);
+    QORSysTSRefTrace* const record = QORSysTSRefTrace::FindRef("counted", 1, nullptr);
+    EXPECT_EQ(ReferencesOf(*record), 1);
+    {
+        const QORSysTSTrace trace("counted");
+        // What uses the record isn't counted, deliberately.
+        EXPECT_EQ(ReferencesOf(*record), 1);
+    }
+    EXPECT_EQ(ReferencesOf(*record), 0);
+    EXPECT_EQ(QORSysTSRefTrace::FindRef("counted", 0, nullptr), record);
 }
 
 TEST_F(ReferenceTraceRecord, GoesToTheStandardStreams) {
@@ -431,6 +511,46 @@ TEST_F(ReferenceTraces, TheFileIsReadOnce) {
     const std::map<std::string, std::string> set = {{"HOME", scratch.Path()}};
     EXPECT_EQ(RunChild("ChangeTheOptionFile", {.set = set, .arguments = {options}}).out, "000");
     EXPECT_EQ(RunChild("ChangeTheOptionFile", {.set = set, .arguments = {options}}).out, "111");
+}
+
+CHILD_PROGRAM(ReadsTheOptionFile) {
+    const int before = OpenDescriptors();
+    QORSysTSRefTrace::InitFromEnv();
+    std::printf("%s %d", s_lastOpened.c_str(), OpenDescriptors() - before);
+    return 0;
+}
+
+TEST_F(ReferenceTraces, TheDirectoryIsTheTemporaryOneAtLast) {
+    EXPECT_EQ(RunChild("ReadsTheOptionFile").out, "/tmp//QORSysTSTraceOpt.txt 0");
+}
+
+TEST_F(ReferenceTraces, TheFileIsClosedBehindTheLastLine) {
+    WriteOptions("t:A\n");
+    const Child child = RunChild("ReadsTheOptionFile", {.set = {{"HOME", scratch.Path()}}});
+    EXPECT_EQ(child.out, scratch + "/QORSysTSTraceOpt.txt 0");
+}
+
+TEST_F(ReferenceTraces, TheDirectoryMayHaveALongName) {
+    std::string directory = scratch.Path();
+    while (directory.size() < 700) {
+        directory += "/" + std::string(199, 'd');
+    }
+    std::filesystem::create_directories(directory);
+    WriteFile(directory + "/QORSysTSTraceOpt.txt", "t:A\n");
+    const std::map<std::string, std::string> set = {{"HOME", directory}};
+    EXPECT_EQ(RunChild("WriteReferenceTraces", {.set = set, .arguments = {"A"}}).out, "10");
+}
+
+TEST_F(ReferenceTraces, AFileThatIsNoneIsEmpty) {
+    const std::filesystem::path name = scratch / "QORSysTSTraceOpt.txt";
+    ASSERT_EQ(mkfifo(name.c_str(), 0600), 0);
+    EXPECT_EQ(Run({"A"}).out, "00");
+    std::filesystem::remove(name);
+    std::filesystem::create_symlink("/dev/zero", name);
+    EXPECT_EQ(Run({"A"}).out, "00");
+    std::filesystem::remove(name);
+    std::filesystem::create_directory(name);
+    EXPECT_EQ(Run({"A"}).out, "00");
 }
 
 // Names of status codes.

@@ -21,4 +21,4 @@ qor_add_test(TraceOptionsShortageTest
   SOURCES FailingNew.cpp HeapLog.cpp StringEnvironment.cpp TraceManagerHeld.cpp TraceOptionsShortageTest.cpp
   LINK QORSysTS_static ONE_THREAD)
 qor_wrap(TraceOptionsShortageTest ${string_environment} ${trace_manager_held} malloc realloc free _Znwm _Znam
-         _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t _Z13VELDebugBreaki _ZN3VEL8internal15PrintStackTraceEv)
+         _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t asprintf _Z13VELDebugBreaki _ZN3VEL8internal15PrintStackTraceEv)

@@ -10,3 +10,4 @@ qor_wrap(TraceRotateShortageTest ${string_environment} malloc realloc free _Z13V
          _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t)
 
 qor_add_test(QORSysTSTraceTest SOURCES QORSysTSTraceTest.cpp LINK QORSysTS_static ONE_THREAD)
+qor_wrap(QORSysTSTraceTest open)

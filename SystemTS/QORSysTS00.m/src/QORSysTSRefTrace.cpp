@@ -2,13 +2,14 @@
 
 #include "QORSysTSTrace.h"
 
+#include "FileReading.h"
 #include "HeapMemory.h"
+#include "StandardStream.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -34,14 +35,6 @@ constexpr const char* FirstQuoteMessage =
 constexpr const char* SecondQuoteMessage =
     "Error in QORSysTSTraceOpt.txt file : missing 2nd  \" in -o option. The -o option syntax is -o \"file_path\"  and "
     "the \" characters are mandatory .\n";
-
-struct CloseStream {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-
-bool IsStandard(const std::FILE* stream) {
-    return stream == stdout || stream == stderr;
-}
 
 /// Stores `text` with a terminator, cut to what `size` bytes hold.
 void StoreText(char* target, std::size_t size, std::string_view text) {
@@ -101,11 +94,13 @@ QORSysTSRefTrace::~QORSysTSRefTrace() {
     _next = nullptr;
     _references = 0;
     _state = 0;
+    // Kept from the optimiser: a destroyed record stays recognisable, although no program may look at it.
+    asm volatile("" : : "r"(this) : "memory");
 }
 
 void QORSysTSRefTrace::_CloseFile() {
     std::FILE* const file = std::exchange(_file, nullptr);
-    if (file != nullptr && !IsStandard(file)) {
+    if (file != nullptr && !VEL::internal::IsStandard(file)) {
         std::fclose(file);
     }
 }
@@ -131,7 +126,7 @@ std::FILE* QORSysTSRefTrace::OpenOptFile() {
         return nullptr;
     }
     const VEL::internal::HeapArray<char> owned(path);
-    return std::fopen(path, "re");
+    return VEL::internal::OpenForReading(path).release();
 }
 
 int QORSysTSRefTrace::ReadOptFile(std::FILE* options, char* name, int* state, char* file) {
@@ -204,7 +199,7 @@ void QORSysTSRefTrace::InitFromEnv() {
     if (std::getenv("QORSysTSTraDecLoad") != nullptr) {
         return;
     }
-    const std::unique_ptr<std::FILE, CloseStream> options(OpenOptFile());
+    const VEL::internal::File options(OpenOptFile());
     char name[NameSize];
     char file[FileSize];
     int state = 0;
