@@ -132,5 +132,23 @@ TracesWhatItDoes)
     [ -z "$errors" ] || fail "something on standard error: $errors"
     grep -q "b.txt: 11 bytes\$" "$tree"/VELSysTrace/D*_T*_P*_I/files.txt || fail "nothing in the file"
     ;;
+ReadsItsOptionFiles)
+    # Neither the variable nor the text of the program has a word.
+    unset VELSysTrace QORTraDecDir QORTemp
+    export HOME=$tree/home QORTraceDir=$tree
+    mkdir "$HOME"
+    printf 'no destination\n-Ffiles.txt Audit.File\n-E Audit\n' >"$HOME/OPFILE.1"
+    printf -- '-Fother.txt Audit\n' >"$HOME/OPFILE.0"
+    audit "$tree/deep" -depth=0
+    [ "$status" -eq 0 ] || fail "status $status"
+    [ "$(grep -c '^\[I\]\[.*\[Audit\]\[' <<<"$errors")" -eq 2 ] || fail "not both lines of Audit: $errors"
+    [ "$(wc -l <<<"$errors")" -eq 2 ] || fail "other lines as well: $errors"
+    grep -q "\[Audit.File\].*b.txt: 11 bytes\$" "$tree"/VELSysTrace/D*_T*_P*_I/files.txt || fail "nothing in the file"
+    [ "$(find "$tree/VELSysTrace" -type f | wc -l)" -eq 1 ] || fail "other files as well"
+    # The variable comes first.
+    export VELSysTrace='-o Audit'
+    audit "$tree/deep" -depth=0
+    [ -z "$errors" ] || fail "something on standard error: $errors"
+    ;;
 *) fail "unknown case $1" ;;
 esac
