@@ -4,7 +4,7 @@
 /// The file "QORSysTSTraceOpt.txt" stands in the directory that the environment variable "QORSysTSTraDec" names, else
 /// in `HOME`, else in "/tmp/". It is read when the first trace is made, unless "QORSysTSTraDecLoad" is in the
 /// environment. Each of its lines that begins with "t:" switches a trace on, which goes to the file, "STDOUT" or
-/// "STDERR" behind "-o", or to standard error without:
+/// "STDERR" in quotes behind "-o", or to standard error without. The quotes are required:
 ///
 /// @code
 /// // What the importer does
@@ -103,7 +103,7 @@ private:
     QORSYSTS_PRIVATE void _CloseFile();
 
     static QORSysTSRefTrace** S_RefTable; ///< The buckets, never freed.
-    static unsigned int S_Status;         ///< Bit 1: the option file has been read.
+    static unsigned int S_Status;         ///< Bit 1: the option file has been read, or isn't to be.
 
     unsigned short _references = 1;
     unsigned short _state = 0;
