@@ -45,7 +45,8 @@ public:
     /// The bucket of a name: the sum of its first 64 bytes, modulo 128. 0 for null.
     static unsigned int CalcRefKey(const char* name);
 
-    /// Opens the option file, which the caller closes; null when there is none.
+    /// Opens the option file, which the caller closes; null when there is none. What is no regular file counts as
+    /// empty.
     static std::FILE* OpenOptFile();
 
     /// Reads up to the next line that switches a trace on. Faults of the line are reported on standard error.
