@@ -18,6 +18,10 @@ function(qor_set_test_options target optimisation)
   endif()
 endfunction()
 
+# CTest reads it before it starts a test.
+set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY TEST_INCLUDE_FILES
+  ${PROJECT_SOURCE_DIR}/cmake/QorTestEnvironment.cmake)
+
 # Programs are position independent in another way than libraries. What every test includes is parsed once for all of
 # them; what is parsed can be taken by what is compiled with the same options only.
 add_library(qor_test_support OBJECT ${PROJECT_SOURCE_DIR}/tests/support/Child.cpp

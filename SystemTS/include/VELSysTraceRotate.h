@@ -59,7 +59,8 @@ public:
     ///         opened anew after a rotation leaves none open.
     int Write(const char* text);
 
-    /// Closes the present file, and removes it when there is nothing in it.
+    /// Closes the present file, and removes it when there is nothing in it. A child of the process that opened it
+    /// removes nothing.
     void Close();
 
     /// Whether a text of `length` bytes still goes to the present file. Pipes and devices take all.
@@ -78,7 +79,7 @@ private:
     QORSYSTS_PRIVATE void _Build(const char* path);
     QORSYSTS_PRIVATE int _OpenStream(VEL::internal::CountedMode mode);
     QORSYSTS_PRIVATE bool _MoveTo(const char* present, const char* target) const;
-    QORSYSTS_PRIVATE void _AdvanceOldest();
+    QORSYSTS_PRIVATE void _AdvanceOldest(unsigned long last);
 
     std::FILE* _stream = nullptr;
     unsigned long _maximumSize;

@@ -2,10 +2,12 @@
 
 #include "ScratchDirectory.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace RotatedFiles {
 
@@ -128,11 +130,23 @@ extern "C" int __wrap_rename(const char* from, const char* to) {
 
 extern "C" ssize_t __real_write(int number, const void* bytes, std::size_t size);
 extern "C" ssize_t __wrap_write(int number, const void* bytes, std::size_t size) {
-    if (SystemCalls().writeError != 0) {
-        errno = SystemCalls().writeError;
+    RotatedFiles::Calls& calls = SystemCalls();
+    if (calls.interruptions > 0) {
+        --calls.interruptions;
+        errno = EINTR;
         return -1;
     }
-    return __real_write(number, bytes, size);
+    if (calls.writeError != 0 && calls.wholeWrites-- <= 0) {
+        errno = calls.writeError;
+        return -1;
+    }
+    return __real_write(number, bytes, std::min(size, calls.longestWrite));
+}
+
+extern "C" int __real_open(const char* path, int flags, mode_t mode);
+extern "C" int __wrap_open(const char* path, int flags, mode_t mode) {
+    SystemCalls().inheritable += (flags & O_CLOEXEC) == 0 ? 1 : 0;
+    return __real_open(path, flags, mode);
 }
 
 extern "C" DIR* __real_opendir(const char* name);
@@ -148,6 +162,10 @@ extern "C" DIR* __wrap_opendir(const char* name) {
 extern "C" int __real_faccessat(int directory, const char* name, int mode, int flags);
 extern "C" int __wrap_faccessat(int directory, const char* name, int mode, int flags) {
     ++SystemCalls().asked;
+    if (SystemCalls().accessError != 0 && (mode & R_OK) != 0) {
+        errno = SystemCalls().accessError;
+        return -1;
+    }
     return __real_faccessat(directory, name, mode, flags);
 }
 

@@ -18,8 +18,13 @@ struct Calls {
     int renameError = 0;
     int writeError = 0;
     int opendirError = 0;
-    int asked = 0;  ///< Calls of faccessat and stat64 so far.
-    int listed = 0; ///< Calls of opendir so far.
+    int accessError = 0;   ///< Of files that are asked whether they can be read.
+    int interruptions = 0; ///< So many writes are interrupted before they begin.
+    int wholeWrites = 0;   ///< So many are done before they fail as `writeError` says.
+    std::size_t longestWrite = static_cast<std::size_t>(-1);
+    int asked = 0;       ///< Calls of faccessat and stat64 so far.
+    int listed = 0;      ///< Calls of opendir so far.
+    int inheritable = 0; ///< Descriptors opened so far that another program would inherit.
 };
 
 Calls& SystemCalls();
@@ -43,6 +48,9 @@ inline std::uint64_t NextOf(const VELSysTraceRotate& object) {
 }
 inline std::uint64_t OldestOf(const VELSysTraceRotate& object) {
     return FieldOf(object, 56);
+}
+inline const QORUnicodeString& TextOf(const VELSysTraceRotate& object, std::size_t offset) {
+    return *reinterpret_cast<const QORUnicodeString*>(reinterpret_cast<const char*>(&object) + offset);
 }
 inline std::string FormatOf(const VELSysTraceRotate& object) {
     return reinterpret_cast<const char*>(&object) + 72;

@@ -8,6 +8,7 @@ qor_add_test(TraceTest
   SOURCES
     FailingNew.cpp
     HeapLog.cpp
+    TraceDestinationSystemTest.cpp
     TraceDestinationTest.cpp
     TraceHandleTest.cpp
     TraceLineTest.cpp
@@ -16,6 +17,13 @@ qor_add_test(TraceTest
   LINK QORSysTS_static ONE_THREAD)
 qor_wrap(TraceTest ${trace_calls} malloc realloc free _Z13VELDebugBreaki _Znwm _Znam _ZnwmRKSt9nothrow_t
          _ZnamRKSt9nothrow_t)
+qor_wrap(TraceTest fclose open posix_fallocate strdup unlink)
+
+qor_add_test(TraceRotatedLineTest
+  SOURCES FailingNew.cpp HeapLog.cpp StringEnvironment.cpp TraceRotatedLineTest.cpp TraceSupport.cpp
+  LINK QORSysTS_static ONE_THREAD)
+qor_wrap(TraceRotatedLineTest ${trace_calls} ${string_environment} malloc realloc free _Z13VELDebugBreaki _Znwm _Znam
+         _ZnwmRKSt9nothrow_t _ZnamRKSt9nothrow_t)
 
 qor_add_test(TraceThreadsTest SOURCES TraceSupport.cpp TraceThreadsTest.cpp LINK QORSysTS_static)
 target_compile_definitions(TraceThreadsTest PRIVATE QOR_TEST_DATA="${PROJECT_SOURCE_DIR}/data")

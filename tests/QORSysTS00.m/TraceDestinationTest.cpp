@@ -125,6 +125,8 @@ TEST_F(TraceDestination, ThatCannotBeOpenedFallsBackToStandardOutput) {
         const Child child = RunChild("WritesToAFileThatCannotBeOpened", {{{"QORTraceDir", scratch.Path()}}, {name}});
         EXPECT_EQ(child.out, "0\n line\n0\nend\n") << name;
     }
+    // Standard output leaves the rest as it is, so that the directories stay.
+    EXPECT_EQ(EntriesOf(BaseDirectory()).size(), 3U);
 }
 
 TEST_F(TraceDestination, ThatWouldLeaveTheDirectoryIsNotOpened) {
@@ -153,6 +155,15 @@ TEST_F(TraceDestination, StaysInTheDirectoryWhenItsNameBeginsWithASeparator) {
     Put("B", "b");
     EXPECT_EQ(FileText("x"), " a\n");
     EXPECT_EQ(FileText("y"), " b\n");
+}
+
+TEST_F(TraceDestination, LeavesNoDirectoryWhateverItsNameBeginsWith) {
+    for (const char* name : {"f", "/f", "./f", ".//./f"}) {
+        Configure({{name, {"A"}}});
+        EXPECT_TRUE(fs::exists(File("f"))) << name;
+        VELSysTraceDestroyManager();
+        EXPECT_TRUE(fs::is_empty(BaseDirectory())) << name;
+    }
 }
 
 TEST_F(TraceDestination, WithoutABaseDirectoryIsNotOpened) {

@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cwchar>
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
 
 using namespace TraceSupport;
@@ -164,6 +165,51 @@ TEST_F(TraceLine, HasTheTimeOfTheBordersOfMonthsAndDays) {
         }
     }
     EXPECT_EQ(FileText("f"), expected);
+}
+
+TEST_F(TraceLine, ShowsEachNumberOfMicroseconds) {
+    Configure({{"f", {"A"}}});
+    const TraceHandle trace("A");
+    std::string expected;
+    for (const auto& [microseconds, shown] :
+         std::vector<std::pair<long, std::string>>{{0, "000"},
+                                                   {999999, "999"},
+                                                   {1000000, "1000"},
+                                                   {-1, "000"},
+                                                   {-1000, "-01"},
+                                                   {-5000000, "-5000"},
+                                                   {std::numeric_limits<long>::max(), "9223372036854775"},
+                                                   {std::numeric_limits<long>::min(), "-9223372036854775"}}) {
+        timer = timeval{FixedTime, microseconds};
+        EXPECT_EQ(trace->Info("x"), 0);
+        std::string line = PlainLine({.level = 1, .tag = "A"}, "x");
+        const std::size_t point = line.find('.') + 1;
+        expected += line.replace(point, line.find('Z') - point, shown);
+    }
+    EXPECT_EQ(FileText("f"), expected);
+}
+
+TEST_F(TraceLine, ShowsYearsBeyondThoseThatAnIntCanHold) {
+    Configure({{"f", {"A"}}});
+    VELSysTraceLineOptions line{VELSysTraceTimeStamp, 1, 0, 0, "A", "\n", nullptr};
+    timer->tv_sec = 67768036191676799;
+    EXPECT_EQ(DestinationPeek::Prefix(DestinationOf("f"), line), "[2147485547-12-31T23:59:59.123Z] ");
+    UseLocalTime("f");
+    setenv("TZ", "UTC0", 1);
+    EXPECT_EQ(DestinationPeek::Prefix(DestinationOf("f"), line), "[2147485547-12-31@23:59:59.123] ");
+}
+
+TEST_F(TraceLine, OfATimeThatNoCalendarHoldsHasTheDay0) {
+    Configure({{"f", {"A"}}});
+    VELSysTraceLineOptions line{VELSysTraceTimeStamp, 1, 0, 0, "A", "\n", nullptr};
+    for (const std::time_t time :
+         {67768036191676800L, std::numeric_limits<long>::max(), std::numeric_limits<long>::min()}) {
+        timer->tv_sec = time;
+        UseLocalTime("f", false);
+        EXPECT_EQ(DestinationPeek::Prefix(DestinationOf("f"), line), "[1900-01-00T00:00:00.123Z] ");
+        UseLocalTime("f");
+        EXPECT_EQ(DestinationPeek::Prefix(DestinationOf("f"), line), "[1900-01-00@00:00:00.123] ");
+    }
 }
 
 TEST_F(TraceLine, WithoutATimerKeepsNoOlderTime) {

@@ -1,7 +1,7 @@
 qor_add_test(VELSysTraceRotateTest
   SOURCES RotatedFiles.cpp VELSysTraceRotateLifeTest.cpp VELSysTraceRotateTest.cpp
   LINK QORSysTS_static ONE_THREAD)
-qor_wrap(VELSysTraceRotateTest rename write opendir faccessat stat64)
+qor_wrap(VELSysTraceRotateTest rename write open opendir faccessat stat64)
 
 qor_add_test(TraceRotateShortageTest
   SOURCES FailingNew.cpp HeapLog.cpp StringEnvironment.cpp TraceRotateShortageTest.cpp

@@ -3,12 +3,17 @@
 /// failure, and nobody else's file touched.
 
 #include "HeapLog.h"
+#include "HeapMemory.h"
 #include "QORSysTSTrace.h"
+#include "RotatedFiles.h"
 #include "ScratchDirectory.h"
 #include "StringEnvironment.h"
+#include "VELSysStr.h"
 #include "VELSysTraceRotate.h"
 
 #include <algorithm>
+#include <chrono>
+#include <random>
 
 namespace {
 
@@ -17,6 +22,12 @@ namespace fs = std::filesystem;
 constexpr int Requests = 400;
 /// What a name that lacks a part could be taken for.
 constexpr const char* OthersFiles[] = {".1.txt", "log.1", ".1", "log"};
+
+/// A text of an object, as the system is given it.
+std::string SystemTextOf(const VELSysTraceRotate& object, std::size_t offset) {
+    const VEL::internal::HeapArray<char> bytes(VELSysStrToUTF8(RotatedFiles::TextOf(object, offset)));
+    return bytes != nullptr ? bytes.get() : "";
+}
 
 class TraceRotateEnvironment : public ScratchTest, public testing::WithParamInterface<const char*> {
 protected:
@@ -95,6 +106,43 @@ TEST_P(TraceRotateEnvironment, NamesAreUTF8InEveryEnvironment) {
     }
     EXPECT_EQ(ReadFile("\u00e4/l\u00f6g.t\u00e4xt"), "two.");
     EXPECT_EQ(ReadFile("\u00e4/l\u00f6g.01.t\u00e4xt"), "one.");
+}
+
+TEST_P(TraceRotateEnvironment, ARestartGoesOnAtTheOldest) {
+    fs::create_directory("\u00e4");
+    for (const unsigned long count : {9UL, 70UL}) {
+        const std::string zero = count > 10 ? "0" : "";
+        for (const char* number : {"1", "2", "3"}) {
+            WriteFile("\u00e4/l\u00f6g." + zero + number + ".t\u00e4xt", number);
+        }
+        fs::last_write_time("\u00e4/l\u00f6g." + zero + "2.t\u00e4xt",
+                            fs::file_time_type::clock::now() - std::chrono::hours(1));
+        EXPECT_EQ(RotatedFiles::OldestOf(VELSysTraceRotate("\u00e4/l\u00f6g.t\u00e4xt", 4, count)), 2U) << count;
+    }
+}
+
+TEST_P(TraceRotateEnvironment, APathThatIsNotUTF8IsPartedAsItIsOpened) {
+    std::minstd_rand random(1);
+    int parted = 0;
+    for (int round = 0; round < 2000; ++round) {
+        std::string path;
+        for (int i = 0; i < 6; ++i) {
+            static constexpr char bytes[] = "a.\x80\xBF\xA0\xC3\xE2\x82\xED\xF0\x9F\xF8\xFF";
+            path += bytes[random() % (sizeof bytes - 1)];
+        }
+        path = "x" + path;
+        const VELSysTraceRotate file(path.c_str(), 4, 9);
+        const std::string whole = SystemTextOf(file, 24);
+        if (whole.empty()) {
+            // Not to be parted, and not to be opened.
+            continue;
+        }
+        ++parted;
+        const std::string stem = SystemTextOf(file, 32);
+        ASSERT_EQ(stem + SystemTextOf(file, 40), whole);
+        ASSERT_EQ(stem, whole.substr(0, whole.find('.')));
+    }
+    EXPECT_GT(parted, 1900);
 }
 
 INSTANTIATE_TEST_SUITE_P(CodePages, TraceRotateEnvironment,

@@ -73,6 +73,40 @@ TEST_F(TraceThreads, ShareOneTraceWithoutLosingALine) {
     ExpectAll(FileText("f"), threads, lines);
 }
 
+CHILD_PROGRAM(PrintsBesideLongLines) {
+    Configure({{"STDOUT", {"A"}}});
+    VELSysQORTrace trace("A", nullptr, QORTraModeDefault, nullptr, 0);
+    OnThreads(2, [&](int thread) {
+        for (int i = 0; i < 300; ++i) {
+            if (thread == 0) {
+                trace.TraPutLN(std::string(9000, 'x').c_str());
+                continue;
+            }
+            flockfile(stdout);
+            for (int part = 0; part < 100; ++part) {
+                std::fputs("part", stdout);
+            }
+            std::fputs("\n", stdout);
+            funlockfile(stdout);
+        }
+    });
+    VELSysTraceDestroyManager();
+    return 0;
+}
+
+TEST_F(TraceThreads, LeavePrintsOfOthersWholeBesideLongLines) {
+    std::string print;
+    for (int part = 0; part < 100; ++part) {
+        print += "part";
+    }
+    std::istringstream in(RunChild("PrintsBesideLongLines").out);
+    std::map<std::string, int> lines;
+    for (std::string line; std::getline(in, line);) {
+        ++lines[line];
+    }
+    EXPECT_TRUE(lines == (std::map<std::string, int>{{" " + std::string(9000, 'x'), 300}, {print, 300}}));
+}
+
 TEST_F(TraceThreads, KeepCodeAndLevelOfTheirLines) {
     Configure({{"f", {"A"}}});
     const TraceHandle trace("A");

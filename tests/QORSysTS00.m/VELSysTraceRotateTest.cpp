@@ -11,6 +11,7 @@
 #include <random>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -190,6 +191,20 @@ TEST_F(TraceRotate, TheDestructorCloses) {
     EXPECT_EQ(Files(), Contents{});
 }
 
+TEST_F(TraceRotate, AChildLeavesTheEmptyFileOfItsParent) {
+    VELSysTraceRotate file(Path().c_str(), 4, 1);
+    ASSERT_EQ(file.Open(), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        file.Close();
+        _exit(0);
+    }
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(Files(), (Contents{{"log.txt", ""}}));
+    EXPECT_EQ(file.Write("text"), 4);
+    EXPECT_EQ(Files(), (Contents{{"log.txt", "text"}}));
+}
+
 TEST_F(TraceRotate, OpenedAgainItGoesOnAppending) {
     VELSysTraceRotate file(Path().c_str(), 40, 1);
     ASSERT_EQ(file.Open(), 0);
@@ -298,6 +313,70 @@ TEST_F(TraceRotate, AFailedCopyLeavesTheNumberAndTheTextGoes) {
     SystemCalls() = {};
     file.Write("two.");
     EXPECT_EQ(Files(), (Contents{{"log.txt", "two."}, {"log.1.txt", ""}, {"log.2.txt", "one."}}));
+}
+
+TEST_F(TraceRotate, ACopyLeavesTheEndOfALongerFile) {
+    WriteFile(scratch / "log.1.txt", "somebody's");
+    VELSysTraceRotate file(Path().c_str(), 4, 2);
+    ASSERT_EQ(file.Open(), 0);
+    file.Write("one.");
+    SystemCalls().renameError = EXDEV;
+    SystemCalls().accessError = EACCES;
+    file.RenameFile();
+    SystemCalls() = {};
+    EXPECT_EQ(Files(), (Contents{{"log.txt", "one."}, {"log.1.txt", "one.body's"}}));
+    EXPECT_EQ(NextOf(file), 2U);
+}
+
+TEST_F(TraceRotate, ANumberedFileThatCantBeReadIsReplaced) {
+    WriteFile(scratch / "log.1.txt", "somebody's");
+    VELSysTraceRotate file(Path().c_str(), 4, 2);
+    ASSERT_EQ(file.Open(), 0);
+    file.Write("one.");
+    SystemCalls().accessError = EACCES;
+    file.RenameFile();
+    SystemCalls() = {};
+    EXPECT_EQ(Files(), (Contents{{"log.1.txt", "one."}}));
+}
+
+TEST_F(TraceRotate, OtherProgramsInheritNoDescriptor) {
+    SystemCalls() = {};
+    VELSysTraceRotate file(Path().c_str(), 4, 2);
+    ASSERT_EQ(file.Open(), 0);
+    file.Write("one.");
+    SystemCalls().renameError = EXDEV;
+    file.Write("two.");
+    EXPECT_EQ(Files(), (Contents{{"log.txt", "two."}, {"log.1.txt", "one."}}));
+    EXPECT_EQ(SystemCalls().inheritable, 0);
+    SystemCalls() = {};
+}
+
+TEST_F(TraceRotate, ShortAndInterruptedWritesGoOn) {
+    VELSysTraceRotate file(Path().c_str(), 20, 2);
+    ASSERT_EQ(file.Open(), 0);
+    SystemCalls().longestWrite = 1;
+    SystemCalls().interruptions = 3;
+    EXPECT_EQ(file.Write("0123456789"), 10);
+    EXPECT_EQ(SystemCalls().interruptions, 0);
+    SystemCalls() = {};
+    EXPECT_EQ(Files(), (Contents{{"log.txt", "0123456789"}}));
+    EXPECT_TRUE(file.IsMoreWriteAllowed(10));
+    EXPECT_FALSE(file.IsMoreWriteAllowed(11));
+}
+
+TEST_F(TraceRotate, OfAWriteThatFailsWhatIsWrittenCounts) {
+    VELSysTraceRotate file(Path().c_str(), 20, 2);
+    ASSERT_EQ(file.Open(), 0);
+    SystemCalls().longestWrite = 3;
+    SystemCalls().wholeWrites = 2;
+    SystemCalls().writeError = ENOSPC;
+    EXPECT_EQ(file.Write("0123456789"), 10);
+    SystemCalls() = {};
+    EXPECT_EQ(Files(), (Contents{{"log.txt", "012345"}}));
+    EXPECT_TRUE(file.IsMoreWriteAllowed(14));
+    EXPECT_FALSE(file.IsMoreWriteAllowed(15));
+    EXPECT_EQ(file.Write("next"), 4);
+    EXPECT_EQ(Files(), (Contents{{"log.txt", "012345next"}}));
 }
 
 TEST_F(TraceRotate, AnEmptyFileTakesNoNumber) {
@@ -469,10 +548,34 @@ TEST_F(TraceRotate, AHugeCountCostsOneListing) {
         EXPECT_EQ(SystemCalls().asked, 2);
         // The highest number is taken, so the oldest is replaced.
         EXPECT_EQ(ReadFile(scratch / old), "one.");
+        EXPECT_EQ(OldestOf(file), 1U);
+        EXPECT_EQ(NextOf(file), 2U);
         file.Write("tri.");
+        EXPECT_EQ(ReadFile(scratch / names.NameOf(2)), "two.");
+        fs::remove(scratch / names.NameOf(2));
         EXPECT_FALSE(fs::exists(scratch / names.NameOf(2147483649)));
         file.Close();
         fs::remove(Path());
+    }
+}
+
+TEST_F(TraceRotate, TheHighestNumberThatNamesCanHaveIsThatOfAHugeCount) {
+    for (const unsigned long count : {2147483647UL, 1UL << 31, Most}) {
+        const Model names(4, count);
+        for (const std::uint64_t index : {2147483646U, 2147483647U}) {
+            WriteFile(scratch / names.NameOf(index), std::to_string(index));
+            StampFile(scratch / names.NameOf(index), static_cast<long>(index));
+        }
+        VELSysTraceRotate file(Path().c_str(), 4, count);
+        ASSERT_EQ(file.Open(), 0);
+        file.Write("one.");
+        file.RenameFile();
+        EXPECT_EQ(OldestOf(file), 2147483647U);
+        EXPECT_EQ(NextOf(file), 1U);
+        file.Close();
+        for (const auto& entry : fs::directory_iterator(scratch.Path())) {
+            fs::remove(entry);
+        }
     }
 }
 

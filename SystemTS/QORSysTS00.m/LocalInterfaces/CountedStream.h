@@ -13,7 +13,8 @@ enum class CountedMode {
 };
 
 /// Opens a file, which is closed by `fclose`. Its position counts what goes through this stream; pipes and devices have
-/// none, and -1 is the answer. The stream can't be read or positioned, and has no `fileno`.
+/// none, and -1 is the answer, as it is in a child of the process that opened an empty file. The stream can't be read
+/// or positioned, and has no `fileno`.
 /// @return Null when it can't be opened, and without memory.
 std::FILE* OpenCountedStream(const char* path, CountedMode mode);
 

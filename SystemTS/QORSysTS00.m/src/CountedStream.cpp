@@ -22,6 +22,7 @@ off64_t EndOf(int descriptor) {
 /// What stands behind a stream.
 struct CountedFile {
     int descriptor;
+    pid_t opener = getpid();
     off64_t position; ///< -1 for a file that has none.
 
     explicit CountedFile(int opened) : descriptor(opened), position(EndOf(opened)) {}
@@ -41,7 +42,9 @@ ssize_t Write(void* cookie, const char* block, std::size_t size) {
 
 int Seek(void* cookie, off64_t* offset, int whence) {
     const auto* const file = static_cast<const CountedFile*>(cookie);
-    if (whence != SEEK_CUR || *offset != 0 || file->position < 0) {
+    // A child doesn't know whether its parent has written since.
+    const bool isUnknown = file->position == 0 && file->opener != getpid();
+    if (whence != SEEK_CUR || *offset != 0 || file->position < 0 || isUnknown) {
         errno = ESPIPE;
         return -1;
     }
@@ -79,6 +82,9 @@ std::size_t WriteWhole(int descriptor, const char* block, std::size_t size) {
     std::size_t written = 0;
     while (written < size) {
         const ssize_t count = write(descriptor, block + written, size - written);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
         if (count <= 0) {
             break;
         }

@@ -2,7 +2,9 @@
 
 #include "VELSysTraceManager.h"
 
-#include "HeapMemory.h"
+#include "TraceDirectory.h"
+#include "TraceNames.h"
+#include "TraceTime.h"
 #include "VELSysTraceRotate.h"
 
 #include <algorithm>
@@ -11,7 +13,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -47,9 +48,9 @@ struct VELSysTraceStreamObj::Layout {
 
 namespace {
 
-constexpr const char* StandardOutput = "STDOUT";
-constexpr const char* StandardError = "STDERR";
-constexpr const char* CommonOutput = "STDOUT_COMMON";
+using VEL::internal::TraceCommonDestination;
+using VEL::internal::TraceStandardError;
+using VEL::internal::TraceStandardOutput;
 
 bool IsStandard(const std::FILE* stream) {
     return stream == stdout || stream == stderr;
@@ -70,18 +71,19 @@ bool LeadsUp(std::string_view name) {
     }
 }
 
-/// Removes a file that nobody has written to, and its directory when that leaves nothing in it.
-void RemoveWhatIsEmpty(const char* name) {
+/// False in a child, whose parent still uses the files.
+bool IsOfThisProcess(const char* directory) {
+    return VELSysTraceFilterNameByPid(std::strrchr(directory, '/') + 1, getpid()) == 0;
+}
+
+/// Removes a file that nobody has written to, and the directory of the process when that leaves nothing in it.
+void RemoveWhatIsEmpty(const char* name, const char* directory) {
     struct stat64 status;
     // A device has no size either, and stays.
     if (stat64(name, &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0) {
         unlink(name);
     }
-    const std::string_view directory(name, static_cast<std::size_t>(std::strrchr(name, '/') - name));
-    const VEL::internal::HeapArray<char> copy(strndup(directory.data(), directory.size()));
-    if (copy != nullptr) {
-        rmdir(copy.get());
-    }
+    rmdir(directory);
 }
 
 } // namespace
@@ -150,19 +152,19 @@ VELSysTraceStreamObj::~VELSysTraceStreamObj() {
 }
 
 int VELSysTraceStreamObj::Open() {
-    if (std::strcmp(_destination, StandardError) == 0) {
-        return _OpenStandardStream(stderr, StandardError);
+    if (_file != nullptr || _rotator != nullptr) {
+        return -1;
     }
-    if (std::strcmp(_destination, StandardOutput) == 0 || std::strcmp(_destination, CommonOutput) == 0) {
-        return _OpenStandardStream(stdout, StandardOutput);
+    if (std::strcmp(_destination, TraceStandardError) == 0) {
+        return _OpenStandardStream(stderr, TraceStandardError);
+    }
+    if (std::strcmp(_destination, TraceStandardOutput) == 0 || std::strcmp(_destination, TraceCommonDestination) == 0) {
+        return _OpenStandardStream(stdout, TraceStandardOutput);
     }
     return _OpenFile();
 }
 
 int VELSysTraceStreamObj::_OpenStandardStream(std::FILE* stream, const char* name) {
-    if (_file != nullptr) {
-        return -1;
-    }
     _file = stream;
     if (_memory != nullptr) {
         // Counts as not opened.
@@ -194,7 +196,7 @@ int VELSysTraceStreamObj::_OpenFile() {
     } else {
         _file = std::fopen(_work, "a+e");
         if (_file == nullptr) {
-            return _OpenStandardStream(stdout, StandardOutput);
+            return _OpenStandardStream(stdout, TraceStandardOutput);
         }
     }
     std::free(std::exchange(_fileName, strdup(_work)));
@@ -206,21 +208,10 @@ int VELSysTraceStreamObj::_MakeDirectory() {
     if (VELSysTraceGetDestinationDirectoryA(_path, sizeof _path) != 0) {
         return -1;
     }
-    const std::size_t end = std::strlen(_path);
-    if (end > 0 && (_path[end - 1] == '/' || _path[end - 1] == '\\')) {
-        _path[end - 1] = '\0';
-    }
-    const std::time_t now = std::time(nullptr);
-    std::tm t{};
-    if (_isLocalTime) {
-        tzset();
-        localtime_r(&now, &t);
-    } else {
-        gmtime_r(&now, &t);
-    }
-    constexpr int epochYear = 1900;
+    VEL::internal::StripSeparator(_path);
+    const std::tm t = VEL::internal::TraceTimeFields(std::time(nullptr), _isLocalTime);
     char* made = nullptr;
-    const int length = asprintf(&made, "%s/D%d%02d%02d_T%02d%02d%02d_P%08d_I", _path, t.tm_year + epochYear,
+    const int length = asprintf(&made, "%s/D%ld%02d%02d_T%02d%02d%02d_P%08d_I", _path, VEL::internal::TraceYear(t),
                                 t.tm_mon + 1, t.tm_mday, t.tm_hour, t.tm_min, t.tm_sec, static_cast<int>(getpid()));
     if (length < 0) {
         return -1;
@@ -234,9 +225,6 @@ int VELSysTraceStreamObj::_MakeDirectory() {
 }
 
 int VELSysTraceStreamObj::_OpenRotated() {
-    if (_rotator != nullptr) {
-        return -1;
-    }
     auto made =
         std::unique_ptr<VELSysTraceRotate>(new (std::nothrow) VELSysTraceRotate(_work, _rotateSize, _rotateCount));
     if (made == nullptr || made->Open() != 0) {
@@ -252,17 +240,15 @@ int VELSysTraceStreamObj::_Close() {
     if (IsStandard(file) || (file == nullptr && rotator == nullptr)) {
         return 0;
     }
+    delete rotator;
     if (file != nullptr) {
         std::fflush(file);
         if (std::fclose(file) != 0) {
             return -1;
         }
-    } else {
-        rotator->Close();
-        delete rotator;
     }
-    if (_fileName != nullptr) {
-        RemoveWhatIsEmpty(_fileName);
+    if (_fileName != nullptr && IsOfThisProcess(_directory)) {
+        RemoveWhatIsEmpty(_fileName, _directory);
     }
     return 0;
 }

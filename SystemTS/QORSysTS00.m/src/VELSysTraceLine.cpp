@@ -4,6 +4,7 @@
 #include "VELSysTraceManager.h"
 
 #include "QORUnicodeString.h"
+#include "TraceTime.h"
 #include "VELSysTimer.h"
 #include "VELSysTraceRotate.h"
 
@@ -11,7 +12,6 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <pthread.h>
 
 namespace {
@@ -61,15 +61,24 @@ public:
 
     void AddCharacter(char character) { AddFixed<1>(&character); }
 
-    void AddNumber(int number) {
-        char text[16];
+    void AddNumber(long number) {
+        char text[LongestNumber];
         Add({text, static_cast<std::size_t>(std::to_chars(text, text + sizeof text, number).ptr - text)});
     }
 
-    /// A number below 10^`Count`, with zeros in front.
+    /// A number with zeros in front, so that it has `Count` characters.
     template <std::size_t Count>
-    void AddDecimal(int number) {
-        constexpr int base = 10;
+    void AddDecimal(long number) {
+        constexpr long base = 10;
+        constexpr long end = Count == 2 ? base * base : base * base * base;
+        static_assert(Count == 2 || Count == 3);
+        if (number < 0 || number >= end) {
+            // The timer is another library's, and may answer anything.
+            char text[LongestNumber];
+            const int length = std::snprintf(text, sizeof text, "%0*ld", static_cast<int>(Count), number);
+            Add({text, static_cast<std::size_t>(length)});
+            return;
+        }
         char text[Count];
         for (std::size_t i = Count; i-- > 0; number /= base) {
             text[i] = LowerDigits[number % base];
@@ -98,6 +107,8 @@ public:
     }
 
 private:
+    static constexpr std::size_t LongestNumber = 24;
+
     char* const _begin;
     char* _next;
     char* const _last;
@@ -115,10 +126,9 @@ struct SecondText {
 };
 
 void FormSecond(SecondText& second, const std::tm& t, char separator) {
-    constexpr int epochYear = 1900;
     Appender text(second.text, SecondText::Size);
     text.AddCharacter('[');
-    text.AddNumber(t.tm_year + epochYear);
+    text.AddNumber(VEL::internal::TraceYear(t));
     text.AddCharacter('-');
     text.AddDecimal<2>(t.tm_mon + 1);
     text.AddCharacter('-');
@@ -137,9 +147,7 @@ constinit SecondText s_lastSecond = {};
 
 std::string_view SecondInUTC(std::time_t time) {
     if (s_lastSecond.length == 0 || s_lastSecond.second != time) {
-        std::tm fields{};
-        gmtime_r(&time, &fields);
-        FormSecond(s_lastSecond, fields, 'T');
+        FormSecond(s_lastSecond, VEL::internal::TraceTimeFields(time, false), 'T');
         s_lastSecond.second = time;
     }
     return s_lastSecond.View();
@@ -147,11 +155,8 @@ std::string_view SecondInUTC(std::time_t time) {
 
 /// Anew for each line, since the time zone may change between two.
 void AddSecondInLocalTime(Appender& prefix, std::time_t time) {
-    std::tm fields{};
-    tzset();
-    localtime_r(&time, &fields);
     SecondText second{};
-    FormSecond(second, fields, '@');
+    FormSecond(second, VEL::internal::TraceTimeFields(time, true), '@');
     prefix.Add(second.View());
 }
 
@@ -167,7 +172,7 @@ void AddTime(Appender& prefix, bool isLocalTime, std::time_t& time) {
     if (hasMicroseconds) {
         constexpr long microseconds = 1000;
         prefix.AddCharacter('.');
-        prefix.AddDecimal<3>(static_cast<int>(now.tv_usec / microseconds));
+        prefix.AddDecimal<3>(now.tv_usec / microseconds);
     }
     prefix.Add(isLocalTime ? "]" : "Z]");
 }
@@ -257,8 +262,17 @@ int VELSysTraceStreamObj::_WriteToFile(std::string_view mark, std::string_view p
 
 int VELSysTraceStreamObj::_WriteToRotator(const char* mark, const char* message, const char* terminator) {
     QORUnicodeString line(mark);
-    line.Append(_prefix).Append(message).Append(terminator != nullptr ? terminator : "");
+    std::size_t length = std::strlen(mark);
+    for (const char* piece : {static_cast<const char*>(_prefix), message, ViewOf(terminator).data()}) {
+        line.Append(piece);
+        length += std::strlen(piece);
+    }
+    const int characters = line.GetLengthInChar();
+    if (static_cast<std::size_t>(line.GetLengthInByte()) != length || characters == 0) {
+        // Without memory: a line that lacks a piece is none.
+        return -1;
+    }
     const int written = _rotator->Write(line.ConvertToChar());
     // In characters and bytes, deliberately: they are one number for ASCII alone.
-    return written == line.GetLengthInChar() ? 0 : -1;
+    return written == characters ? 0 : -1;
 }

@@ -2,7 +2,6 @@
 
 #include "CountedStream.h"
 #include "HeapMemory.h"
-#include "VELSysPath.h"
 #include "VELSysStr.h"
 
 #include <algorithm>
@@ -159,13 +158,11 @@ public:
 
 private:
     void _Ask(unsigned long index) {
-        VELSysPath path;
-        path.Set(_names.Form(index));
-        long modified = 0;
-        long accessed = 0;
-        if (path.GetTimes(modified, accessed) < 0) {
+        struct stat64 status;
+        if (stat64(_names.Form(index), &status) != 0) {
             return;
         }
+        const long modified = status.st_mtime;
         const bool isOlder = !_modified || modified < *_modified || (modified == *_modified && index < _index);
         if (isOlder) {
             _modified = modified;
@@ -274,14 +271,18 @@ VELSysTraceRotate::~VELSysTraceRotate() {
 
 void VELSysTraceRotate::_Build(const char* path) {
     const std::size_t length = std::strlen(path);
-    const std::size_t stemLength = std::strcspn(path, ".");
     _path.BuildFromUTF8(path, length);
-    _stem.BuildFromUTF8(path, stemLength);
-    _extension.BuildFromUTF8(path + stemLength, length - stemLength);
+    // Parted as the system is given it: a path that isn't UTF-8 has other bytes there.
+    const SystemText whole(_path);
+    const std::string_view text(whole.Get());
+    const std::size_t stemLength = std::min(text.find('.'), text.size());
+    _stem.BuildFromUTF8(text.data(), stemLength);
+    _extension.BuildFromUTF8(text.data() + stemLength, text.size() - stemLength);
     std::snprintf(_format, sizeof _format, "%s0%dd%s", "%s.%", static_cast<int>(CountDigits(_count)), "%s");
-    const bool isWhole = _stem.IsEmpty() == (stemLength == 0) && _extension.IsEmpty() == (stemLength == length);
+    const bool isWhole = text.empty() == (length == 0) && SystemText(_stem).Get() == text.substr(0, stemLength) &&
+                         SystemText(_extension).Get() == text.substr(stemLength);
     if (!isWhole) {
-        // Without memory: a name that lacks a part is another file's.
+        // Without memory, or not UTF-8 in a way that the parts show: other names are others' files.
         _path.BuildFromUTF8(nullptr, 0);
         return;
     }
@@ -371,7 +372,7 @@ void VELSysTraceRotate::RenameFile() {
         return;
     }
     const char* const target = names.Form(_oldest);
-    _AdvanceOldest();
+    _AdvanceOldest(names.Last());
     // Somebody else may have removed it.
     if (unlink(target) == 0 || errno == ENOENT) {
         _MoveTo(present.Get(), target);
@@ -379,14 +380,14 @@ void VELSysTraceRotate::RenameFile() {
 }
 
 /// The numbers go round as they always have: from the highest but one the search goes on at 1, deliberately.
-void VELSysTraceRotate::_AdvanceOldest() {
-    if (_oldest >= _count) {
+void VELSysTraceRotate::_AdvanceOldest(unsigned long last) {
+    if (_oldest >= last) {
         _oldest = 1;
         _next = 2;
         return;
     }
     ++_oldest;
-    _next = _oldest == _count ? 1 : _oldest;
+    _next = _oldest == last ? 1 : _oldest;
 }
 
 bool VELSysTraceRotate::_MoveTo(const char* present, const char* target) const {
