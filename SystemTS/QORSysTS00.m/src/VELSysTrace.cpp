@@ -1,6 +1,7 @@
 #include "VELSysTrace.h"
 
 #include "TraceManagerLock.h"
+#include "TraceNames.h"
 #include "UpwardCalls.h"
 
 #include <cstddef>
@@ -24,8 +25,6 @@ struct VELSysTrace::Position {
 
 namespace {
 
-constexpr const char* CommonName = "COMMON";
-constexpr const char* CommonDestination = "STDOUT_COMMON";
 constexpr const char* NoTerminator = "";
 constexpr const char* LineFeed = "\n";
 
@@ -39,7 +38,8 @@ const char* OrStandard(const char* text, const char* standard) {
 } // namespace
 
 VELSysQORTrace::VELSysQORTrace(const char* name, const char*, QORTraMode, const char* destination, int) {
-    if (Build(OrStandard(name, CommonName), OrStandard(destination, CommonDestination), 0) != 0) {
+    if (Build(OrStandard(name, VEL::internal::TraceCommonName),
+              OrStandard(destination, VEL::internal::TraceCommonDestination), 0) != 0) {
         return;
     }
     if (const VEL::internal::TraceManagerLock manager; manager) {

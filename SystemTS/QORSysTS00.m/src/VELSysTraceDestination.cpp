@@ -2,6 +2,7 @@
 
 #include "VELSysTraceManager.h"
 
+#include "StandardStream.h"
 #include "TraceDirectory.h"
 #include "TraceNames.h"
 #include "TraceTime.h"
@@ -51,10 +52,6 @@ namespace {
 using VEL::internal::TraceCommonDestination;
 using VEL::internal::TraceStandardError;
 using VEL::internal::TraceStandardOutput;
-
-bool IsStandard(const std::FILE* stream) {
-    return stream == stdout || stream == stderr;
-}
 
 /// True when a name would leave the directory in which it is looked up.
 bool LeadsUp(std::string_view name) {
@@ -237,7 +234,7 @@ int VELSysTraceStreamObj::_OpenRotated() {
 int VELSysTraceStreamObj::_Close() {
     std::FILE* const file = std::exchange(_file, nullptr);
     VELSysTraceRotate* const rotator = std::exchange(_rotator, nullptr);
-    if (IsStandard(file) || (file == nullptr && rotator == nullptr)) {
+    if (VEL::internal::IsStandard(file) || (file == nullptr && rotator == nullptr)) {
         return 0;
     }
     delete rotator;

@@ -3,6 +3,7 @@
 #include "HeapMemory.h"
 #include "TraceConfiguration.h"
 #include "TraceManagerLock.h"
+#include "TraceNames.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -20,9 +21,6 @@
 using VEL::internal::TraceManagerLock;
 
 namespace {
-
-constexpr const char* CommonName = "COMMON";
-constexpr const char* CommonDestination = "STDOUT_COMMON";
 
 /// Guards the two pointers, and keeps the manager while it is used: its own mutex goes with it. Recursive, since a line
 /// may be written while another is. Never destroyed.
@@ -171,7 +169,7 @@ bool VELSysTraceManagerBase::_BuildTable(const char* options) {
         return false;
     }
     _slotCount = Slots;
-    _AddTrace(VELSysTraceKindStream, CommonDestination, CommonName);
+    _AddTrace(VELSysTraceKindStream, VEL::internal::TraceCommonDestination, VEL::internal::TraceCommonName);
     const VEL::internal::TraceSink sink{VEL::internal::TraceTable::AddTrace, VEL::internal::TraceTable::AddOption,
                                         this};
     // The first source that works.
