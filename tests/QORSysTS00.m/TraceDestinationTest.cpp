@@ -436,14 +436,6 @@ TEST_F(TraceDestination, ThatIsRotatedLeavesNothingWithoutLines) {
     EXPECT_TRUE(fs::is_empty(BaseDirectory()));
 }
 
-TEST_F(TraceDestination, ThatIsRotatedCountsCharactersAgainstBytes) {
-    Configure({{"f", {"A"}, {{VELSysTraceOptionRotateSize, 100000}, {VELSysTraceOptionRotateCount, 3}}}});
-    const TraceHandle trace("A");
-    // The line is written all the same.
-    EXPECT_EQ(trace->Info("\xC3\xA4"), -1);
-    EXPECT_EQ(FileText("f"), PlainLine({.level = 1, .tag = "A"}, "\xC3\xA4"));
-}
-
 TEST_F(TraceDestination, ThatIsRotatedTakesLongLines) {
     Configure({{"f", {"A"}, {{VELSysTraceOptionRotateSize, 10000000}, {VELSysTraceOptionRotateCount, 3}}}});
     const std::string message(100000, 'm');
