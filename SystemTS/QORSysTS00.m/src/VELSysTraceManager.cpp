@@ -74,6 +74,11 @@ void Forget(const VELSysQORTrace* trace) {
     }
 }
 
+/// From the first call on, which alone counts.
+void CallAtForks(void (*prepare)(), void (*inParent)(), void (*inChild)()) {
+    [[maybe_unused]] static const int result = pthread_atfork(prepare, inParent, inChild);
+}
+
 void DeleteOwned() {
     delete s_owned;
     s_owned = nullptr;
@@ -145,9 +150,7 @@ struct VELSysTraceManagerBase::Forking {
         }
         s_guard = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
     }
-    static void Watch() {
-        [[maybe_unused]] static const int watched = pthread_atfork(Prepare, GoOnInParent, GoOnInChild);
-    }
+    static void Watch() { CallAtForks(Prepare, GoOnInParent, GoOnInChild); }
 };
 
 VELSysTraceManagerBase::VELSysTraceManagerBase() = default;
