@@ -12,6 +12,7 @@ enum Status : int {
     StatusOk = 0,                                         ///< Success.
     StatusNote = 1,                                       ///< Success with a note; the operation says which.
     StatusNotImplemented = static_cast<int>(0x80004001u), ///< The operation does nothing on this platform.
+    StatusNoInterface = static_cast<int>(0x80004002u),    ///< The object doesn't have what is asked for.
     StatusNoObject = static_cast<int>(0x80004003u),       ///< The handle has nothing behind it.
     StatusFailure = static_cast<int>(0x80004005u),        ///< Failure without a closer reason.
     StatusUnexpected = static_cast<int>(0x8000FFFFu),     ///< The object is in a state that the operation can't serve.

@@ -247,6 +247,48 @@ TEST_F(TraceManager, OptionsChangeTheirDestination) {
     EXPECT_EQ(Peek::RotateCount(o), 9U);
 }
 
+TEST_F(TraceManager, TakesRotationBeyondTheOptionsRange) {
+    VELSysTraceCreateManager(nullptr, nullptr);
+    const unsigned long large = 1UL << 40;
+    EXPECT_EQ(VELSysTraceManagerAddStreamTrace("f", "A", large, large + 1), 0);
+    EXPECT_EQ(Peek::RotateCount(DestinationOf("f")), large);
+    EXPECT_EQ(Peek::RotateSize(DestinationOf("f")), large + 1);
+}
+
+TEST_F(TraceManager, RingOnAFileThatIsOpenTakesNoLines) {
+    Configure({{"f", {"A"}}});
+    const TraceHandle trace("A");
+    EXPECT_EQ(trace->Info("x"), 0);
+    EXPECT_EQ(VELSysTraceManagerAddOptionToTrace("f", VELSysTraceOptionMemory, 100), 0);
+    EXPECT_EQ(trace->Info("y"), -1);
+    EXPECT_EQ(FileText("f"), PlainLine({.level = 1, .tag = "A"}, "x"));
+}
+
+TEST_F(TraceManager, LineOfTheSystemKindIsFormedAndGoesNowhere) {
+    Configure({{"s", {"A"}, {}, VELSysTraceKindSystem}});
+    VELSysTraceObjBase& o = DestinationOf("s");
+    EXPECT_EQ(TraceHandle("A")->Info("text"), 0);
+    EXPECT_EQ(Peek::LastPrefix(o), PlainPrefix({.level = 1, .tag = "A"}));
+    EXPECT_FALSE(std::filesystem::exists(BaseDirectory()));
+}
+
+TEST_F(TraceManager, ThatCannotBeMadeIsMadeLater) {
+    sources = Sources{.text = Items{{"f", {"A"}}}};
+    for (const int request : {1, 2}) {
+        int created = 5;
+        int result = 0;
+        {
+            const HeapShortage shortage(request, HeapShortage::OnlyThatOne);
+            result = VELSysTraceCreateManager(nullptr, &created);
+            ASSERT_TRUE(HeapShortage::HasStruck());
+        }
+        EXPECT_EQ(result, -1) << request;
+        EXPECT_EQ(created, 5) << request;
+        EXPECT_EQ(VELSysTraceManagerAddOptionToTrace("STDOUT_COMMON", 4, 1), -1) << request;
+    }
+    EXPECT_TRUE(TraceHandle("A"));
+}
+
 TEST_F(TraceManager, OptionsOfOtherNumbersDoNothing) {
     Configure({{"f", {"A"}}});
     for (const int option : {INT_MIN, -1, 0, 1, 2, 3, 5, 6, 7, 15, 16, INT_MAX}) {

@@ -121,6 +121,7 @@ struct DestinationPeek : VELSysTraceObjBase {
     static int NextName(VELSysTraceObjBase& o) { return At(o, &DestinationPeek::_nextName); }
     static std::vector<std::string> Names(VELSysTraceObjBase& o);
     static std::string Prefix(VELSysTraceObjBase& o, const VELSysTraceLineOptions& line);
+    static std::string LastPrefix(VELSysTraceObjBase& o) { return o.*(&DestinationPeek::_prefix); }
 };
 
 /// The destination in a slot of the manager in use, null for none.

@@ -19,6 +19,14 @@ QORSYSTS_EXPORT int DeInitNLSCore(int reserved);
 int VELSysWatchDogInitialize(int argc, const char** argv, const char** envp, int keepSignals);
 void VELSysWatchDogFinalize();
 
+/// Trace manager: made at initialisation; `*created` becomes 1 when this call made it.
+QORSYSTS_EXPORT int VELSysTraceCreateManager(const char* options, int* created);
+QORSYSTS_EXPORT void VELSysTraceDestroyManager();
+/// Trace: makes the trace `name`; `*handle` stays as it was, usually null, when the configuration doesn't name it. What
+/// stands below the traces reports through such a handle.
+QORSYSTS_EXPORT void VELSysTraceCreate__(void** handle, const char* name);
+QORSYSTS_EXPORT void VELSysTraceDestroy__(void** handle);
+
 /// Application: a variable of the current context, then of the main context; null when neither has it. The lookup of a
 /// variable goes on there when the process doesn't know it.
 const char* VELSysNeutralCoreApplicationGetEnvironmentVariableA(const char* name);

@@ -7,7 +7,6 @@
 #include "SessionState.h"
 #include "UpwardCalls.h"
 #include "VELSysLifeCycle.h"
-#include "VELSysTraceManager.h"
 
 #include <atomic>
 #include <cstdlib>

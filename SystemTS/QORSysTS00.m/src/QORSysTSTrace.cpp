@@ -8,8 +8,6 @@ static_assert(sizeof(QORSysTSTrace) == sizeof(void*));
 
 namespace {
 
-constexpr int NoInterface = static_cast<int>(0x80004002u);
-
 /// A code that has no name.
 const char* Number(int code) {
     static char s_text[32];
@@ -90,7 +88,7 @@ const char* QORSysTSTrace::HRV(int code) {
         return "E_FAIL";
     case VEL::StatusUnexpected:
         return "E_UNEXPECTED";
-    case NoInterface:
+    case VEL::StatusNoInterface:
         return "E_NOINTERFACE";
     case VEL::StatusNotImplemented:
         return "E_NOTIMPL";

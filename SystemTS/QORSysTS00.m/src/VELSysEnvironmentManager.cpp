@@ -3,7 +3,6 @@
 #include "DuplicateText.h"
 #include "UpwardCalls.h"
 #include "VELSysEnviron.h"
-#include "VELSysTrace.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -4,7 +4,6 @@
 #include "UpwardCalls.h"
 #include "UTF8Text.h"
 #include "VELSysStatus.h"
-#include "VELSysTrace.h"
 
 #include <algorithm>
 #include <atomic>
